@@ -1,0 +1,35 @@
+# How everything here is compiled: C++20, warnings are errors, sanitizers and hardening on request.
+
+set(TASKLOG_SANITIZE "" CACHE STRING "Sanitizers to build with, such as address,undefined or thread")
+
+option(TASKLOG_LINT "Run clang-tidy on each file of the library that is compiled" OFF)
+
+set(CMAKE_C_STANDARD 11)
+set(CMAKE_C_EXTENSIONS OFF)
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
+if(NOT CMAKE_BUILD_TYPE)
+  set(CMAKE_BUILD_TYPE Release)
+endif()
+
+add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion
+                    -Werror)
+add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>)
+# g++ 12 sees an overlap where text is put before a std::string; there is none.
+add_compile_options($<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
+if(TASKLOG_SANITIZE)
+  add_compile_options(-fsanitize=${TASKLOG_SANITIZE} -fno-sanitize-recover=all
+                      -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${TASKLOG_SANITIZE})
+endif()
+if(CMAKE_BUILD_TYPE STREQUAL "Release")
+  add_compile_options(-fstack-protector-strong -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
+  add_link_options(-Wl,-z,relro,-z,now)
+  include(CheckPIESupported)
+  check_pie_supported()
+endif()

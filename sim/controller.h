@@ -1,0 +1,97 @@
+// A simulated controller: its cores with their loggers, the memory that holds their buffers, and its
+// variables.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <list>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "core.h"
+#include "faults.h"
+#include "logger.h"
+#include "scenario.h"
+#include "statestore.h"
+
+namespace sim {
+
+using Value = std::variant<double, std::string>;
+
+// All members may be called from several threads. What goes wrong is thrown as a Failure.
+class Controller {
+ public:
+  // A contact after this long finds the controller switched off and on again.
+  static constexpr uint64_t powerOffNs = 300 * nsPerSecond;
+  // A process that meets a logger which has run without a trigger for longer than the first of these takes
+  // it up from the second before now, so that catching up stays short.
+  static constexpr uint64_t longRunNs = 900 * nsPerSecond;
+  static constexpr uint64_t takeUpNs = 60 * nsPerSecond;
+
+  // `wallNs` tells the time, on a clock that all processes share.
+  Controller(Scenario scenario, StateStore store, std::function<uint64_t()> wallNs);
+
+  // Some of what a controller offers depends on how it was reached: with the suffix of a kernel, tasks and
+  // testpoints are that kernel's; without one, the scheduler's and those of kernel 0.
+  using Kernel = std::optional<uint32_t>;
+
+  Value GetVariable(Kernel kernel, std::string_view name);
+  void PutText(std::string_view name, const std::string& text);
+  // What the procedure answers.
+  double CallProcedure(std::string_view name);
+
+  // Copies `count` words of a logger buffer as it is now. On the stepped clock, time then advances first.
+  void ReadMemory(int64_t address, uint32_t* words, uint32_t count);
+
+  std::vector<uint32_t> TaskIds(Kernel kernel) const;
+  const Task& TaskById(uint32_t id) const;
+
+  FaultPlan& Faults() { return faults_; }
+
+ private:
+  // A core as it runs.
+  struct Unit {
+    Unit(const CoreSpec& coreSpec, const Scenario& scenario)
+        : spec(coreSpec),
+          logger(spec.slotCount, scenario.tickBits),
+          core(spec, scenario.seed, scenario.Clock(), logger) {}
+
+    const CoreSpec& spec;
+    Logger logger;
+    Core core;
+    std::string trigger;              // as the variable holds it
+    std::optional<uint64_t> startNs;  // of the logger; empty until it is started
+    std::string startTrigger;         // the trigger it was started with
+  };
+
+  static bool IsSeenBy(Kernel kernel, const Unit& unit);
+  Unit* FindLogger(std::string_view name, std::string_view& member);
+  std::optional<Value> TargetVariable(std::string_view name) const;
+  std::optional<Value> WatchpointVariable(Kernel kernel, std::string_view name) const;
+  std::optional<Value> LoggerVariable(std::string_view name);
+
+  void MeetNow();
+  bool IsOurs(const RunState& state, uint64_t wallNs) const;
+  void PowerOn(uint64_t wallNs);
+  void Adopt(const RunState& state, uint64_t wallNs);
+  void Remember(bool always);
+  void StartLogger(Unit& unit, uint64_t startNs, const std::string& trigger);
+
+  const Scenario scenario_;
+  const StateStore store_;
+  const std::function<uint64_t()> wallNs_;
+  FaultPlan faults_;
+
+  mutable std::mutex mutex_;  // over all below
+  std::list<Unit> units_;     // a list: units do not move
+  uint64_t nowNs_ = 0;        // since power-on
+  std::optional<uint64_t> powerOnNs_;
+  uint64_t contactNs_ = 0;
+  uint64_t rememberedNs_ = 0;
+};
+
+}  // namespace sim

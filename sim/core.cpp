@@ -1,0 +1,219 @@
+// The scheduler. At one instant the running task acts first, then the timers, all of them before the highest
+// ready task gets the processor.
+#include "core.h"
+
+#include <algorithm>
+#include <tuple>
+
+namespace sim {
+
+Core::Core(const CoreSpec& spec, uint64_t seed, TickClock clock, Logger& logger)
+    : spec_(spec), seed_(seed), clock_(clock), logger_(logger), ready_(spec.tasks.size()) {
+  Reset(0);
+}
+
+void Core::Reset(uint64_t originNs) {
+  timers_.clear();
+  states_.clear();
+  ready_.Clear();
+  nowNs_ = originNs;
+  accountedNs_ = originNs;
+  for (uint32_t task = 0; task < spec_.tasks.size(); ++task) {
+    const Task& spec = spec_.tasks[task];
+    // A generator of its own for each task: what one does never changes the run times of another.
+    states_.emplace_back(Random(seed_ ^ (uint64_t{spec.id} << 32) ^ originNs).Next());
+    if (spec.periodNs > 0) AddTimer({originNs + spec.offsetNs, TimerKind::release, task, 0});
+  }
+  running_ = Idle();
+  PlanRunning();
+}
+
+void Core::AdvanceBefore(uint64_t limitNs) {
+  const bool recording = logger_.Recording();
+  while (logger_.Recording() == recording) {
+    const uint64_t timerNs = NextTimerNs();
+    const uint64_t nextNs = std::min(actsAtNs_, timerNs);
+    if (nextNs >= limitNs) return;
+    nowNs_ = nextNs;
+    if (actsAtNs_ <= timerNs) {
+      RunningTaskActs();
+    } else {
+      HandleTimers();
+    }
+  }
+}
+
+// ---- The running task ----
+
+void Core::RunningTaskActs() {
+  AccountRunTime();
+  TaskState& state = states_[running_];
+  const auto& actions = RunningTask().actions;
+  if (state.nextAction < actions.size() && actions[state.nextAction].atNs == state.doneNs) {
+    Perform(actions[state.nextAction++]);
+  } else if (state.doneNs == state.runNs) {
+    EndCycle();
+  } else {
+    EndSlice();
+  }
+}
+
+void Core::Perform(const Action& action) {
+  PlanRunning();
+  if (states_[running_].cycle % action.every != 0) return;
+  switch (action.kind) {
+    case Action::Kind::testpoint: return Record(recordTestpoint, action.id);
+    case Action::Kind::issue: return Record(recordTimingIssue, action.id);
+    case Action::Kind::event: return RaiseEvent(action.task);
+    case Action::Kind::wait:
+      AddTimer({nowNs_ + action.lastsNs, TimerKind::resume, running_, 0});
+      return GiveWay(recordPlainSwitch);
+  }
+}
+
+void Core::RaiseEvent(uint32_t task) {
+  Record(recordTaskEvent, spec_.tasks[task].id);
+  if (spec_.tasks[task].periodNs > 0) return;
+  if (states_[task].active) {
+    states_[task].pending = true;
+    return;
+  }
+  StartCycle(task);
+  MakeReady(task);
+  if (Preempts()) Preempt();
+}
+
+void Core::EndCycle() {
+  TaskState& state = states_[running_];
+  state.active = false;
+  if (state.pending) {
+    state.pending = false;
+    StartCycle(running_);
+    MakeReady(running_);
+  }
+  GiveWay(recordCycleDone);
+}
+
+void Core::EndSlice() {
+  if (ready_.TopPriority() == RunningTask().priority) {
+    MakeReady(running_);
+    return GiveWay(recordSliceUsed);
+  }
+  states_[running_].sliceLeftNs = RunningTask().sliceNs;
+  PlanRunning();
+}
+
+// ---- Timers ----
+
+void Core::HandleTimers() {
+  woken_.clear();
+  while (NextTimerNs() == nowNs_) {
+    const Timer timer = timers_.front();
+    std::pop_heap(timers_.begin(), timers_.end(), Later);
+    timers_.pop_back();
+    HandleTimer(timer);
+  }
+  const bool preempts = Preempts();
+  for (const uint32_t task : woken_) {
+    if (!preempts || task != ready_.Top()) Record(recordTaskEvent, spec_.tasks[task].id);
+  }
+  if (preempts) Preempt();
+}
+
+void Core::HandleTimer(const Timer& timer) {
+  const TaskState& state = states_[timer.task];
+  switch (timer.kind) {
+    case TimerKind::deadline:
+      if (state.active && state.cycle == timer.cycle) {
+        Record(recordTimingIssue, spec_.tasks[timer.task].lateIssue);
+      }
+      return;
+    case TimerKind::release:
+      AddTimer({nowNs_ + spec_.tasks[timer.task].periodNs, TimerKind::release, timer.task, 0});
+      return Release(timer.task);
+    case TimerKind::resume: MakeReady(timer.task); woken_.push_back(timer.task);
+  }
+}
+
+// A release that finds the task still at work is lost, and a timing issue.
+void Core::Release(uint32_t task) {
+  // What ends at this very instant is in time, so the running task's end was handled before.
+  if (states_[task].active) return Record(recordTimingIssue, spec_.tasks[task].lateIssue);
+  StartCycle(task);
+  MakeReady(task);
+  woken_.push_back(task);
+}
+
+void Core::StartCycle(uint32_t task) {
+  const Task& spec = spec_.tasks[task];
+  TaskState& state = states_[task];
+  ++state.cycle;
+  state.active = true;
+  state.doneNs = 0;
+  state.nextAction = 0;
+  state.sliceLeftNs = spec.sliceNs;
+  state.runNs = spec.runNs;
+  if (spec.jitterNs > 0) state.runNs += state.random.Below(2 * spec.jitterNs + 1) - spec.jitterNs;
+  if (spec.overrunEvery > 0 && state.cycle % spec.overrunEvery == 0) state.runNs += spec.overrunByNs;
+  if (spec.deadlineNs > 0) AddTimer({nowNs_ + spec.deadlineNs, TimerKind::deadline, task, state.cycle});
+}
+
+// ---- Who has the processor ----
+
+bool Core::Preempts() const { return ready_.TopPriority() > RunningTask().priority; }
+
+void Core::Preempt() {
+  if (running_ == Idle()) return SwitchTo(ready_.Pop(), recordFromIdle);
+  const uint32_t next = ready_.Pop();
+  ready_.PushFront(running_, RunningTask().priority);
+  SwitchTo(next, recordPreempted);
+}
+
+// The running task leaves the processor to the next ready one, which may be itself.
+void Core::GiveWay(uint32_t type) {
+  const uint32_t next = ready_.TopPriority() < 0 ? Idle() : ready_.Pop();
+  if (next != running_) return SwitchTo(next, type);
+  PlanRunning();
+}
+
+void Core::SwitchTo(uint32_t task, uint32_t type) {
+  AccountRunTime();
+  running_ = task;
+  Record(type, spec_.tasks[task].id);
+  if (states_[task].sliceLeftNs == 0) states_[task].sliceLeftNs = spec_.tasks[task].sliceNs;
+  PlanRunning();
+}
+
+void Core::AccountRunTime() {
+  const uint64_t usedNs = nowNs_ - accountedNs_;
+  TaskState& state = states_[running_];
+  state.doneNs += usedNs;
+  state.sliceLeftNs -= std::min(state.sliceLeftNs, usedNs);
+  accountedNs_ = nowNs_;
+}
+
+void Core::PlanRunning() {
+  if (running_ == Idle()) {
+    actsAtNs_ = UINT64_MAX;
+    return;
+  }
+  const TaskState& state = states_[running_];
+  const Task& spec = RunningTask();
+  uint64_t leftNs = state.runNs - state.doneNs;
+  if (state.nextAction < spec.actions.size()) {
+    leftNs = std::min(leftNs, spec.actions[state.nextAction].atNs - state.doneNs);
+  }
+  if (spec.sliceNs > 0) leftNs = std::min(leftNs, state.sliceLeftNs);
+  actsAtNs_ = accountedNs_ + leftNs;
+}
+
+bool Core::Later(const Timer& a, const Timer& b) {
+  return std::tie(a.atNs, a.kind, a.task) > std::tie(b.atNs, b.kind, b.task);
+}
+
+void Core::AddTimer(const Timer& timer) {
+  timers_.push_back(timer);
+  std::push_heap(timers_.begin(), timers_.end(), Later);
+}
+
+}  // namespace sim

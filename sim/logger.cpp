@@ -1,0 +1,49 @@
+#include "logger.h"
+
+namespace sim {
+namespace {
+
+bool IsSwitch(uint32_t type) { return type <= recordSliceUsed && type != recordTaskEvent; }
+
+}  // namespace
+
+void Logger::Start(uint64_t time, uint32_t runningTask, std::optional<uint32_t> triggerTask) {
+  ring_.Clear(time);
+  recording_ = true;
+  triggered_ = false;
+  triggerTask_ = triggerTask;
+  runningTask_ = runningTask;
+  Put(time, recordPlainSwitch, runningTask);
+}
+
+void Logger::Clear() {
+  recording_ = false;
+  ring_.Clear(0);
+}
+
+void Logger::Record(uint64_t time, uint32_t type, uint32_t id) {
+  if (!recording_) return;
+  BridgeSilence(time);
+  Put(time, type, id);
+  if (!IsSwitch(type)) return;
+  runningTask_ = id;
+  if (triggered_ || id != triggerTask_) return;
+  triggered_ = true;
+  recordsLeft_ = ring_.SlotCount() / 2;
+}
+
+// Neighbouring records must lie less than one span of the tick field apart. Where nothing happens for longer,
+// events of the running task keep the times readable.
+void Logger::BridgeSilence(uint64_t time) {
+  while (recording_ && time - ring_.Newest() >= ring_.Span()) {
+    Put(ring_.Newest() + ring_.Span() - 1, recordTaskEvent, runningTask_);
+  }
+}
+
+void Logger::Put(uint64_t time, uint32_t type, uint32_t id) {
+  if (!recording_) return;
+  ring_.Write(time, type, id);
+  if (triggered_ && --recordsLeft_ == 0) recording_ = false;
+}
+
+}  // namespace sim

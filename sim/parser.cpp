@@ -1,0 +1,140 @@
+// The scenario file but for its tasks: clock, timer, cores, faults.
+#include "parser.h"
+
+#include <algorithm>
+#include <array>
+
+#include "section.h"
+#include "status.h"
+#include "target/access.h"
+
+namespace sim {
+namespace {
+
+constexpr uint32_t firstBufferAddress = 0x20000000;
+constexpr uint32_t bufferDistance = 0x02000000;  // room for the largest buffer
+constexpr int64_t mostSlots = 4'000'000;
+constexpr size_t mostCores = 64;
+constexpr int64_t mostKernelNumber = 99'999'999;
+constexpr uint32_t defaultSlots = 4096;
+// Not 0, which hosts take for "no time".
+constexpr int64_t defaultStartTicks = 1'000'000;
+
+void ParseClock(Section& root, Scenario& scenario) {
+  const std::string clock = root.Text("clock").value_or("wall");
+  if (clock != "wall" && clock != "stepped") root.Fail("clock", "\"wall\" or \"stepped\"");
+  scenario.stepped = clock == "stepped";
+  const auto step = root.Duration("step", 1);
+  if (step.has_value() != scenario.stepped)
+    root.Fail("step", "a duration with clock = \"stepped\", and only then");
+  scenario.stepNs = step.value_or(0);
+  scenario.seed = static_cast<uint64_t>(root.Integer("seed", 0, INT64_MAX).value_or(1));
+}
+
+void ParseTimer(Section& root, Scenario& scenario) {
+  scenario.startTicks = defaultStartTicks;
+  auto timer = root.Table("timer");
+  if (!timer) return;
+  scenario.tickBits = static_cast<int>(timer->Integer("bits", 16, 28).value_or(28));
+  if (scenario.tickBits != 16 && scenario.tickBits != 28) timer->Fail("bits", "16 or 28");
+  scenario.startTicks =
+      static_cast<uint64_t>(timer->Integer("start_ticks", 1, INT64_MAX / 2).value_or(defaultStartTicks));
+  scenario.resolutionNs = timer->Number("resolution_ns", 0.1, 1e9);
+  scenario.cpu = timer->Text("cpu");
+  scenario.cpuClockHz = timer->Number("cpu_clock_hz", 1, UINT32_MAX);
+  scenario.busClockHz = timer->Number("bus_clock_hz", 4, UINT32_MAX);
+  timer->Finish();
+}
+
+void ParseCore(Section& section, int number, Scenario& scenario, NamesInUse& names) {
+  const auto index = static_cast<uint32_t>(scenario.cores.size());
+  if (index == mostCores) section.Fail("at most 64 kernels, the scheduler included");
+  CoreSpec core;
+  core.number = number;
+  core.slotCount = static_cast<uint32_t>(section.Integer("slots", 2, mostSlots).value_or(defaultSlots));
+  core.bufferAddress = firstBufferAddress + index * bufferDistance;
+  ParseTasks(section, core, (index + 1) << 16 | 1, names);
+  section.Finish();
+  scenario.cores.push_back(std::move(core));
+}
+
+void ParseCores(Section& root, Scenario& scenario) {
+  NamesInUse names;
+  if (auto scheduler = root.Table("scheduler")) ParseCore(*scheduler, schedulerNumber, scenario, names);
+  for (Section& kernel : root.Tables("kernel")) {
+    const auto number = kernel.Integer("number", 0, mostKernelNumber);
+    if (!number) kernel.Fail("number", "the kernel's number");
+    for (const CoreSpec& other : scenario.cores) {
+      if (other.number == *number) kernel.Fail("number", "a number that no other kernel has");
+    }
+    ParseCore(kernel, static_cast<int>(*number), scenario, names);
+  }
+  if (scenario.cores.empty()) root.Fail("a table [scheduler] or [[kernel]]");
+}
+
+std::optional<uint32_t> NamedStatus(const std::string& name) {
+  if (name == "no answer") return noAnswer;
+  if (name == "no variable") return noSuchVariable;
+  if (name == "no procedure") return noSuchProcedure;
+  if (name == "bad address") return badAddress;
+  if (name == "injected") return injectedFault;
+  return std::nullopt;
+}
+
+uint32_t ParseStatus(Section& section) {
+  if (!section.IsText("status")) {
+    return static_cast<uint32_t>(section.Integer("status", 1, UINT32_MAX).value_or(0));
+  }
+  const auto status = NamedStatus(*section.Text("status"));
+  if (!status) {
+    section.Fail(
+        "status",
+        "\"no answer\", \"no variable\", \"no procedure\", \"bad address\", \"injected\" or a number");
+  }
+  return *status;
+}
+
+bool IsFaultCall(const std::string& call) {
+  constexpr std::array calls = {"any",        "GetVariable",  "PutVariable",    "CallProcedure",
+                                "GetBlock32", "DbgTasksList", "DbgTaskGetName", "DbgTaskGetData"};
+  return std::find(calls.begin(), calls.end(), call) != calls.end();
+}
+
+Fault ParseFault(Section& section) {
+  Fault fault;
+  fault.call = section.RequiredText("call");
+  if (!IsFaultCall(fault.call)) section.Fail("call", "the name of a target-access function, or \"any\"");
+  fault.name = section.Text("name").value_or("");
+  fault.status = ParseStatus(section);
+  fault.text = section.Text("text").value_or("");
+  fault.result = section.Number("result", -1e300, 1e300);
+  fault.delayNs = section.Duration("delay").value_or(0);
+  fault.from = static_cast<uint64_t>(section.Integer("from", 1, INT64_MAX).value_or(1));
+  fault.every = static_cast<uint64_t>(section.Integer("every", 1, INT64_MAX).value_or(1));
+  fault.count = static_cast<uint64_t>(section.Integer("count", 1, INT64_MAX).value_or(INT64_MAX));
+  if (fault.result && (fault.call != "CallProcedure" || fault.status != 0)) {
+    section.Fail("result", "call = \"CallProcedure\" and no status");
+  }
+  if (fault.status == 0 && !fault.result && fault.delayNs == 0) {
+    section.Fail("status", "a status, a result or a delay");
+  }
+  section.Finish();
+  return fault;
+}
+
+}  // namespace
+
+Scenario ParseScenario(std::string_view text, const std::string& source) {
+  Section root = Section::Parse(text, source);
+  Scenario scenario;
+  scenario.source = source;
+  scenario.contentHash = Hash(text);
+  ParseClock(root, scenario);
+  ParseTimer(root, scenario);
+  ParseCores(root, scenario);
+  for (Section& fault : root.Tables("fault")) scenario.faults.push_back(ParseFault(fault));
+  root.Finish();
+  return scenario;
+}
+
+}  // namespace sim

@@ -1,0 +1,47 @@
+#include "readyqueue.h"
+
+#include <bit>
+
+namespace sim {
+
+void ReadyQueue::Clear() {
+  head_.fill(none);
+  occupied_.fill(0);
+}
+
+void ReadyQueue::PushBack(uint32_t task, uint8_t priority) {
+  next_[task] = none;
+  if (head_[priority] == none) return Add(task, priority);
+  next_[tail_[priority]] = task;
+  tail_[priority] = task;
+}
+
+void ReadyQueue::PushFront(uint32_t task, uint8_t priority) {
+  next_[task] = head_[priority];
+  if (head_[priority] == none) return Add(task, priority);
+  head_[priority] = task;
+}
+
+int ReadyQueue::TopPriority() const {
+  for (int group = 3; group >= 0; --group) {
+    const uint64_t bits = occupied_[static_cast<size_t>(group)];
+    if (bits != 0) return group * 64 + 63 - std::countl_zero(bits);
+  }
+  return -1;
+}
+
+uint32_t ReadyQueue::Pop() {
+  const auto priority = static_cast<uint8_t>(TopPriority());
+  const uint32_t task = head_[priority];
+  head_[priority] = next_[task];
+  if (head_[priority] == none) occupied_[priority / 64] &= ~(uint64_t{1} << (priority % 64));
+  return task;
+}
+
+void ReadyQueue::Add(uint32_t task, uint8_t priority) {
+  head_[priority] = task;
+  tail_[priority] = task;
+  occupied_[priority / 64] |= uint64_t{1} << (priority % 64);
+}
+
+}  // namespace sim

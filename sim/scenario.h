@@ -1,0 +1,91 @@
+// What a scenario says, as data. docs/scenarios.md explains every field; parser.cpp reads it from TOML.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tickclock.h"
+
+namespace sim {
+
+inline constexpr int schedulerNumber = -1;
+
+// Something that a task does at a point of its cycle.
+struct Action {
+  enum class Kind { testpoint, event, issue, wait };
+
+  Kind kind;
+  uint64_t atNs = 0;     // of the cycle's run time
+  uint64_t every = 1;    // only in every n-th cycle
+  uint32_t id = 0;       // testpoint: address; issue: code
+  uint32_t task = 0;     // event: index of the task that it is for
+  uint64_t lastsNs = 0;  // wait
+};
+
+struct Task {
+  std::string name;
+  uint32_t id = 0;
+  uint8_t priority = 0;   // a larger one wins; 0 is the idle task's
+  uint64_t sliceNs = 0;   // 0: runs until it gives way
+  uint64_t periodNs = 0;  // 0: released by events
+  uint64_t offsetNs = 0;
+  uint64_t runNs = 0;
+  uint64_t jitterNs = 0;      // run time varies by up to this in both directions
+  uint64_t deadlineNs = 0;    // after the release; 0: the next release
+  uint64_t overrunEvery = 0;  // every n-th cycle takes longer; 0: none
+  uint64_t overrunByNs = 0;
+  uint32_t lateIssue = 0;       // code of the timing issue when the task is late
+  std::vector<Action> actions;  // by time
+};
+
+struct Testpoint {
+  std::string name;
+  uint32_t address = 0;
+};
+
+// One processor with its task set and its logger: the scheduler's, or that of a numbered kernel.
+struct CoreSpec {
+  int number = schedulerNumber;
+  uint32_t slotCount = 0;
+  uint32_t bufferAddress = 0;
+  std::vector<Task> tasks;  // the idle task last
+  std::vector<Testpoint> testpoints;
+};
+
+struct Fault {
+  std::string call;  // one of the eight functions, or "any"
+  std::string name;  // only for this variable or procedure; empty: all
+  uint32_t status = 0;
+  std::string text;
+  std::optional<double> result;  // a procedure answers this
+  uint64_t delayNs = 0;
+  uint64_t from = 1;  // the first call affected
+  uint64_t every = 1;
+  uint64_t count = UINT64_MAX;
+};
+
+struct Scenario {
+  std::string source;  // path of the file, or name of the built-in
+  uint64_t contentHash = 0;
+  bool stepped = false;  // time advances by stepNs with each read of a buffer, else with the wall clock
+  uint64_t stepNs = 0;
+  uint64_t seed = 1;
+  int tickBits = 28;
+  uint64_t startTicks = 0;
+  std::optional<double> resolutionNs;
+  std::optional<std::string> cpu;
+  std::optional<double> cpuClockHz;
+  std::optional<double> busClockHz;
+  std::vector<CoreSpec> cores;
+  std::vector<Fault> faults;
+
+  TickClock Clock() const;
+};
+
+// Tells texts apart, alike on every machine.
+uint64_t Hash(std::string_view text);
+
+}  // namespace sim

@@ -1,0 +1,110 @@
+#include "targets.h"
+
+#include <fmt/format.h>
+
+#include <charconv>
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <sstream>
+
+#include "builtins.h"
+#include "nearest.h"
+#include "parser.h"
+#include "status.h"
+
+namespace sim {
+namespace {
+
+namespace fs = std::filesystem;
+
+// The clock runs through the whole machine's uptime, so it is the same for all processes.
+uint64_t MonotonicNs() {
+  return static_cast<uint64_t>(
+      std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count());
+}
+
+// Takes "/@N" or "\@N" off the end of `target`.
+Controller::Kernel TakeSuffix(std::string_view& target) {
+  const size_t at = target.find_last_not_of("0123456789");
+  if (at == std::string_view::npos || at == 0 || target[at] != '@') return std::nullopt;
+  if (target[at - 1] != '/' && target[at - 1] != '\\') return std::nullopt;
+  const std::string_view digits = target.substr(at + 1);
+  target = target.substr(0, at - 1);
+  if (digits.empty()) return std::nullopt;
+  uint32_t kernel = 0;
+  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), kernel);
+  return error == std::errc() ? kernel : UINT32_MAX;  // a number too large is that of no kernel
+}
+
+const Builtin* FindBuiltin(std::string_view name) {
+  for (const Builtin& builtin : Builtins()) {
+    if (builtin.name == name) return &builtin;
+  }
+  return nullptr;
+}
+
+[[noreturn]] void RefuseName(const std::string& name) {
+  std::vector<std::string> names;
+  std::string list;
+  for (const Builtin& builtin : Builtins()) {
+    names.push_back(builtin.name);
+    list += builtin.name + ", ";
+  }
+  throw Failure{unknownTarget,
+                fmt::format("There is no target '{}'; expected {}or the path of a scenario file{}", name,
+                            list, Suggestion(name, names))};
+}
+
+std::string ReadScenario(const std::string& path) {
+  constexpr uintmax_t largestFile = 4 << 20;
+  std::error_code error;
+  const auto type = fs::status(path, error).type();
+  if (type == fs::file_type::not_found) RefuseName(path);
+  if (type != fs::file_type::regular || fs::file_size(path, error) > largestFile) {
+    throw Failure{badScenario, fmt::format("{}: expected a scenario file of at most 4 MB", path)};
+  }
+  std::ifstream file(path);
+  std::ostringstream text;
+  text << file.rdbuf();
+  if (!file) throw Failure{badScenario, fmt::format("{}: expected a file that can be read", path)};
+  return text.str();
+}
+
+std::shared_ptr<Controller> SwitchOn(Scenario scenario, const std::string& place) {
+  scenario.source = place;
+  StateStore store = StateStore::For(scenario);
+  return std::make_shared<Controller>(std::move(scenario), std::move(store), MonotonicNs);
+}
+
+struct Registry {
+  std::mutex mutex;
+  std::map<std::string, std::shared_ptr<Controller>> controllers;
+};
+
+Registry& TheRegistry() {
+  static Registry registry;
+  return registry;
+}
+
+}  // namespace
+
+Connection Connect(std::string_view target) {
+  const Controller::Kernel kernel = TakeSuffix(target);
+  const std::string name(target);
+  if (name.empty()) RefuseName(name);
+  const Builtin* builtin = FindBuiltin(name);
+  const std::string place = builtin ? name : fs::weakly_canonical(name).string();
+
+  const std::lock_guard lock(TheRegistry().mutex);
+  auto& controllers = TheRegistry().controllers;
+  if (const auto found = controllers.find(place); found != controllers.end()) return {found->second, kernel};
+  // Messages name a file as the caller did.
+  Scenario scenario = ParseScenario(builtin ? builtin->text : ReadScenario(name), name);
+  const auto controller = SwitchOn(std::move(scenario), place);
+  controllers.emplace(place, controller);
+  return {controller, kernel};
+}
+
+}  // namespace sim

@@ -1,0 +1,119 @@
+// The names that a controller answers to.
+#include <fmt/format.h>
+
+#include <charconv>
+
+#include "controller.h"
+#include "status.h"
+#include "target/access.h"
+
+namespace sim {
+namespace {
+
+// Takes `prefix` off the front of `text`.
+bool Skip(std::string_view& text, std::string_view prefix) {
+  if (!text.starts_with(prefix)) return false;
+  text.remove_prefix(prefix.size());
+  return true;
+}
+
+// Takes a decimal number off the front, written as printf writes it: no sign, no leading zeros.
+std::optional<uint32_t> TakeNumber(std::string_view& text) {
+  uint32_t value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  const auto length = static_cast<size_t>(end - text.data());
+  if (error != std::errc() || (text[0] == '0' && length > 1)) return std::nullopt;
+  text.remove_prefix(length);
+  return value;
+}
+
+std::optional<Value> Wrap(const std::optional<double>& number) {
+  return number ? std::optional<Value>(*number) : std::nullopt;
+}
+
+}  // namespace
+
+bool Controller::IsSeenBy(Kernel kernel, const Unit& unit) {
+  if (kernel) return unit.spec.number >= 0 && static_cast<uint32_t>(unit.spec.number) == *kernel;
+  return unit.spec.number <= 0;
+}
+
+Value Controller::GetVariable(Kernel kernel, std::string_view name) {
+  const std::lock_guard lock(mutex_);
+  auto value = TargetVariable(name);
+  if (!value) value = WatchpointVariable(kernel, name);
+  if (!value) value = LoggerVariable(name);
+  if (!value) throw Failure{noSuchVariable, fmt::format("The controller has no variable '{}'", name)};
+  return *value;
+}
+
+void Controller::PutText(std::string_view name, const std::string& text) {
+  const std::lock_guard lock(mutex_);
+  std::string_view member;
+  if (Unit* unit = FindLogger(name, member); unit && member == "TriggerTask") {
+    MeetNow();             // takes over the trigger of another process, which this one then replaces
+    unit->trigger = text;  // the start procedure says whether there is such a task
+    return;
+  }
+  if (TargetVariable(name) || WatchpointVariable(std::nullopt, name) || LoggerVariable(name)) {
+    throw Failure{readOnly, fmt::format("The variable '{}' cannot be written", name)};
+  }
+  throw Failure{noSuchVariable, fmt::format("The controller has no variable '{}'", name)};
+}
+
+// "Scheduler.Logger.X" and "Kernel.N.Logger.X": the logger, with `member` set to X.
+Controller::Unit* Controller::FindLogger(std::string_view name, std::string_view& member) {
+  int64_t number = schedulerNumber;
+  if (!Skip(name, "Scheduler")) {
+    if (!Skip(name, "Kernel.")) return nullptr;
+    const auto kernel = TakeNumber(name);
+    if (!kernel) return nullptr;
+    number = *kernel;
+  }
+  if (!Skip(name, ".Logger.")) return nullptr;
+  member = name;
+  for (Unit& unit : units_) {
+    if (unit.spec.number == number) return &unit;
+  }
+  return nullptr;
+}
+
+std::optional<Value> Controller::LoggerVariable(std::string_view name) {
+  std::string_view member;
+  const Unit* unit = FindLogger(name, member);
+  if (!unit) return std::nullopt;
+  if (member == "TriggerTask") return unit->trigger;
+  if (member == "BufferSize") return static_cast<double>(unit->logger.Words().size() * sizeof(uint32_t));
+  if (member == "BufferAddress") return static_cast<double>(unit->spec.bufferAddress);
+  return std::nullopt;
+}
+
+std::optional<Value> Controller::TargetVariable(std::string_view name) const {
+  if (!Skip(name, "Target.")) return std::nullopt;
+  if (name == "Mpu.Resolution") return Wrap(scenario_.resolutionNs);
+  if (name == "Cpu" && scenario_.cpu) return *scenario_.cpu;
+  if (name == "CpuClock") return Wrap(scenario_.cpuClockHz);
+  if (name == "BusClock") return Wrap(scenario_.busClockHz);
+  return std::nullopt;
+}
+
+std::optional<Value> Controller::WatchpointVariable(Kernel kernel, std::string_view name) const {
+  if (!Skip(name, "Watchpoint.Entity")) return std::nullopt;
+  std::vector<Testpoint> testpoints;
+  for (const Unit& unit : units_) {
+    if (!IsSeenBy(kernel, unit)) continue;
+    testpoints.insert(testpoints.end(), unit.spec.testpoints.begin(), unit.spec.testpoints.end());
+  }
+  if (name == "!Objects") return static_cast<double>(testpoints.size());
+  if (Skip(name, "!Object")) {
+    const auto index = TakeNumber(name);
+    if (!index || !name.empty() || *index >= testpoints.size()) return std::nullopt;
+    return testpoints[*index].name;
+  }
+  for (const Testpoint& point : testpoints) {
+    if (name == "." + point.name + ".Prop.Address") return static_cast<double>(point.address);
+  }
+  return std::nullopt;
+}
+
+}  // namespace sim
