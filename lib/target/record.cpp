@@ -1,0 +1,24 @@
+// A record of a logger buffer: its words to type, tick and time.
+#include "target/record.h"
+
+#include <algorithm>
+
+ETLLogType RecordType(u32 timeWord) { return timeWord >> 16 & 0xF; }
+
+u32 RecordTick(u32 timeWord) { return (timeWord & 0xFFFF) | (timeWord >> 4 & 0x0FFF0000); }
+
+// A controller with narrow ticks leaves the upper bits zero in every record, marker included.
+int DetectTimeBits(const u32* slots, u32 slotCount) {
+  const u32 examined = std::min(slotCount, 4u);
+  for (u32 slot = 0; slot < examined; ++slot)
+    if (slots[2 * slot] >> 20) return 28;
+  return 16;
+}
+
+u64 ExtendTick(u64 previous, u32 tick, int timeBits, bool forward) {
+  const u64 span = u64{1} << timeBits;
+  const u64 candidate = (previous & ~(span - 1)) | tick;
+  if (forward && candidate < previous) return candidate + span;
+  if (!forward && candidate > previous) return candidate - span;
+  return candidate;
+}

@@ -1,0 +1,37 @@
+// Kernel suffix of a target name: find, read, replace.
+#include "target/targetname.h"
+
+namespace {
+
+using Position = std::string_view::size_type;
+
+// Where the run of digits that a suffix ends in begins. The name's first character never belongs to it: a
+// name is never a suffix alone.
+Position FindDigits(std::string_view target) {
+  Position begin = target.size();
+  while (begin > 1 && target[begin - 1] >= '1' && target[begin - 1] <= '8') --begin;
+  return begin;
+}
+
+}  // namespace
+
+Position FindKernelSuffix(std::string_view target) {
+  const Position digits = FindDigits(target);
+  if (digits < 2 || target[digits - 1] != '@') return std::string_view::npos;
+  const char separator = target[digits - 2];
+  return separator == '/' || separator == '\\' ? digits - 2 : std::string_view::npos;
+}
+
+u32 KernelOfTarget(std::string_view target) {
+  if (FindKernelSuffix(target) == std::string_view::npos) return 0;
+  u32 kernel = 0;
+  for (const char digit : target.substr(FindDigits(target)))
+    kernel = 10 * kernel + static_cast<u32>(digit - '0');
+  return kernel;
+}
+
+std::string WorkingTargetName(std::string_view target, i32 kernel) {
+  std::string name(target.substr(0, FindKernelSuffix(target)));
+  if (kernel > 0) name += "/@" + std::to_string(kernel);
+  return name;
+}
