@@ -159,8 +159,8 @@ uint32_t TLStartLog(const char* target, const char* triggerTask);
  *           categories named after ids, and then returns the code of the last failed fetch.
  *           A null `target` is TLErrCanceled, before the first call of `progress`
  * Threads   beside no other use of `log` */
-uint32_t TLTaskLogAppendFromTarget(TLTaskLog log, const char* target, int32_t kernel,
-                                   TLProgress progress, void* user);
+uint32_t TLTaskLogAppendFromTarget(TLTaskLog log, const char* target, int32_t kernel, TLProgress progress,
+                                   void* user);
 
 /* Reads a TaskLog file and adds all its entries; they are not compared with those the log holds.
  * The file's start time, stop time and ticks per second replace the log's. docs/file-format.md has the

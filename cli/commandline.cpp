@@ -1,0 +1,142 @@
+// CLI11 reads the options of one subcommand; the subcommand itself is looked up here, so that a target or
+// file that is named like one is never taken for it.
+#include "commandline.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <iterator>
+
+#include "cmd_info.h"
+#include "cmd_list.h"
+#include "cmd_record.h"
+#include "cmd_start.h"
+#include "failure.h"
+#include "stdoutwriter.h"
+#include "suggest.h"
+#include "text.h"
+
+namespace cli {
+namespace {
+
+const Command* const commands[] = {&startCommand, &recordCommand, &infoCommand, &listCommand};
+
+std::string Overview() {
+  std::string text =
+      "Records, stores and shows the task logs of real-time controllers.\n\n"
+      "Usage: tasklog COMMAND [OPTIONS]\n\nCommands:\n";
+  for (const Command* command : commands) {
+    fmt::format_to(std::back_inserter(text), "  {:<8}{}\n", command->name, command->summary);
+  }
+  return text +
+         "\nOptions:\n"
+         "  -h,--help    Print this help, or behind a command that of the command\n"
+         "  --version    Print the version\n\n"
+         "Example:\n"
+         "  tasklog record demo --start --for 3s -o demo.tasklog\n"
+         "  tasklog info demo.tasklog\n";
+}
+
+int PrintText(std::string_view text) {
+  StdoutWriter out;
+  out.Block().append(text);
+  out.Finish();
+  return exitSuccess;
+}
+
+const Command& FindCommand(const std::string& name) {
+  const bool isOption = name.starts_with('-');
+  std::vector<std::string> names;
+  if (isOption) names = {"--help", "--version"};
+  for (const Command* command : commands) {
+    if (name == command->name) return *command;
+    if (!isOption) names.emplace_back(command->name);
+  }
+  const std::string suggestion = Suggestion(name, names);
+  throw UsageError(fmt::format("unknown {} {}{}", isOption ? "option" : "command", Quoted(name),
+                               suggestion.empty() ? " ('tasklog --help' lists the commands)" : suggestion));
+}
+
+std::vector<std::string> OptionNames(const CLI::App& app) {
+  std::vector<std::string> names;
+  for (const CLI::Option* option : app.get_options()) {
+    for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
+  }
+  return names;
+}
+
+// What CLI11 could not place: report the first option among it, else the first of all.
+UsageError Unexpected(const CLI::App& app, const Command& command) {
+  const std::vector<std::string> rest = app.remaining();
+  const auto isOption = [](const std::string& argument) { return argument.starts_with('-'); };
+  const auto option = std::find_if(rest.begin(), rest.end(), isOption);
+  if (option == rest.end()) {
+    return UsageError(fmt::format("{}: unexpected argument {} ('tasklog {} --help' shows the usage)",
+                                  command.name, rest.empty() ? "" : Quoted(rest.front()), command.name));
+  }
+  const std::string name = option->substr(0, option->find('='));
+  const std::string suggestion = Suggestion(name, OptionNames(app));
+  const std::string help = fmt::format(" ('tasklog {} --help' lists the options)", command.name);
+  return UsageError(fmt::format("{}: unknown option {}{}", command.name, Quoted(name),
+                                suggestion.empty() ? help : suggestion));
+}
+
+// In place of "--limit: 1 required N missing" and "--limit: At Most 1 required but received 2".
+std::string Explained(const CLI::ParseError& error) {
+  const std::string text = error.what();
+  if (error.get_name() != "ArgumentMismatch") return SafeText(text);
+  const bool tooMany = text.find("received") != std::string::npos;
+  return text.substr(0, text.find(':')) + (tooMany ? " is given more than once" : " needs a value");
+}
+
+// CLI11 takes an argument of a list such as "[a,b]" apart. A path in brackets is meant as it is.
+void ProtectBrackets(const CLI::App& app, std::vector<std::string>& arguments) {
+  const auto options = app.get_options(
+      [](const CLI::Option* option) { return option->get_positional() && option->get_allow_extra_args(); });
+  if (options.empty()) return;
+  for (std::string& argument : arguments) {
+    if (argument.starts_with('[') && argument.ends_with(']')) argument.insert(0, "./");
+  }
+}
+
+int RunCommand(const Command& command, std::vector<std::string> arguments) {
+  CLI::App app(command.summary, std::string("tasklog ") + command.name);
+  app.set_help_flag("-h,--help", "Print this help");
+  app.footer(command.examples);
+  app.get_formatter()->column_width(28);
+  const std::function<int()> run = command.declare(app);
+  ProtectBrackets(app, arguments);
+  std::reverse(arguments.begin(), arguments.end());  // as CLI11 wants it
+  try {
+    app.parse(arguments);
+  } catch (const CLI::CallForHelp&) {
+    return PrintText(app.help());
+  } catch (const CLI::ExtrasError&) {
+    throw Unexpected(app, command);
+  } catch (const CLI::ParseError& error) {
+    throw UsageError(fmt::format("{}: {} ('tasklog {} --help' shows the usage)", command.name,
+                                 Explained(error), command.name));
+  }
+  return run();
+}
+
+}  // namespace
+
+int RunCommandLine(std::vector<std::string> arguments) {
+  if (arguments.empty()) throw UsageError("no command given ('tasklog --help' lists the commands)");
+  const std::string first = arguments.front();
+  if (first == "-h" || first == "--help") return PrintText(Overview());
+  if (first == "--version") return PrintText("tasklog " TASKLOG_VERSION "\n");
+  const Command& command = FindCommand(first);
+  arguments.erase(arguments.begin());
+  return RunCommand(command, std::move(arguments));
+}
+
+void RequireOneOf(const char* option, const std::string& value, const std::vector<std::string>& names) {
+  if (std::find(names.begin(), names.end(), value) != names.end()) return;
+  throw UsageError(fmt::format("{}: {} is not {}{}", option, Quoted(value), Alternatives(names),
+                               Suggestion(value, names)));
+}
+
+}  // namespace cli

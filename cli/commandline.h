@@ -1,0 +1,28 @@
+// From the arguments to the subcommand that does the work.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace cli {
+
+// One subcommand. Each has its pair of files cmd_<name> and a line in the table in commandline.cpp.
+struct Command {
+  const char* name;
+  const char* summary;   // one line for the list of commands
+  const char* examples;  // closes its --help
+  // Declares arguments and options; the function returned runs the command once they are parsed, and gives
+  // the exit code.
+  std::function<int()> (*declare)(CLI::App& app);
+};
+
+// Runs what the arguments (without the program's name) ask for; returns the exit code. Throws UsageError,
+// Failure and ClosedPipe.
+int RunCommandLine(std::vector<std::string> arguments);
+
+// Throws UsageError with a suggestion unless `value` is one of the names.
+void RequireOneOf(const char* option, const std::string& value, const std::vector<std::string>& names);
+
+}  // namespace cli

@@ -1,0 +1,44 @@
+// The loggers of a controller: how they are named on the command line, in files and messages, and started.
+#pragma once
+
+#include <string>
+#include <tasklog/tasklog.hpp>
+#include <vector>
+
+namespace cli {
+
+// The code with which the target-access library says that a target has no variable of that name.
+inline constexpr std::uint32_t noSuchVariable = 0x50201;
+
+struct Logger {
+  std::int32_t kernel = tasklog::schedulerLogger;
+
+  bool operator==(const Logger&) const = default;
+  std::string FileName() const;                              // "scheduler.tasklog", "kernel1.tasklog"
+  std::string DescribedOn(const std::string& target) const;  // "the logger of kernel 1 of 'demo'"
+};
+
+// What --logger asks for.
+struct LoggerChoice {
+  bool byDefault = false;       // nothing; the scheduler's logger is meant
+  bool all = false;             // whatever the target has
+  std::vector<Logger> loggers;  // without duplicates, in the order given
+};
+
+// Reads the values of --logger; none means the scheduler's. Throws UsageError.
+LoggerChoice ParseLoggers(const std::vector<std::string>& values);
+
+// The scheduler's logger and those of kernels 1, 2, ... until the target knows no more. Throws Failure.
+std::vector<Logger> FindLoggers(const std::string& target);
+
+// The target name without a kernel suffix: "/@" or "\@" and digits from 1 to 8.
+std::string WithoutKernelSuffix(const std::string& target);
+
+// The name under which a logger of `target` is started. Throws Failure when there is none: a suffix selects
+// only kernels whose number is written in the digits 1 to 8.
+std::string StartTarget(const std::string& target, Logger logger);
+
+// Starts the logger that `target` itself selects. Throws Failure.
+void StartLogger(const std::string& target, const std::string& trigger);
+
+}  // namespace cli

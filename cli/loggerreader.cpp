@@ -1,0 +1,58 @@
+#include "loggerreader.h"
+
+namespace cli {
+namespace {
+
+const tasklog::EntryFilter everyType{.types = UINT64_MAX};
+
+// Progress is reported once when the buffer has been transferred, then after each record, then at the end.
+class RecordCounter {
+ public:
+  void Report(double fraction) {
+    constexpr double transferred = 0.75;
+    constexpr double finished = 1.0;
+    if (fraction >= finished) {
+      completed_ = true;
+    } else if (transferred_) {
+      ++records_;
+    } else {
+      transferred_ = fraction >= transferred;
+    }
+  }
+  bool Completed() const { return completed_; }
+  std::uint64_t Records() const { return records_; }
+
+ private:
+  bool transferred_ = false;
+  bool completed_ = false;
+  std::uint64_t records_ = 0;
+};
+
+std::uint64_t FirstTicksAfter(const tasklog::Log& log, std::uint64_t ticks) {
+  for (const auto& entry : log.Entries({.types = UINT64_MAX, .from = ticks})) {
+    if (entry.Timestamp() > ticks) return entry.Timestamp();
+  }
+  return ticks;
+}
+
+}  // namespace
+
+LoggerReader::Outcome LoggerReader::Read(const tasklog::Progress& progress) {
+  RecordCounter counter;
+  const std::uint64_t entriesBefore = log_.EntriesCount(everyType);
+  Outcome outcome;
+  outcome.lastKnownTicks = log_.StopTime();
+  outcome.status = log_.AppendFromTarget(target_, logger_.kernel, [&](double fraction) {
+    counter.Report(fraction);
+    return progress(fraction);
+  });
+  outcome.completed = counter.Completed();
+  if (!outcome.completed) return outcome;
+  const std::uint64_t added = log_.EntriesCount(everyType) - entriesBefore;
+  outcome.lostRecords = sawRecords_ && counter.Records() > 0 && added == counter.Records();
+  if (outcome.lostRecords) outcome.firstNewTicks = FirstTicksAfter(log_, outcome.lastKnownTicks);
+  sawRecords_ = counter.Records() > 0;
+  return outcome;
+}
+
+}  // namespace cli

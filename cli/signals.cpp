@@ -1,0 +1,94 @@
+// The handlers use only what is allowed in one: lock-free atomics, write, unlink, rmdir, _exit.
+#include "signals.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <system_error>
+
+#include "failure.h"
+
+namespace cli {
+namespace {
+
+constexpr int requestsUntilAbort = 3;
+// A folder, the scheduler's logger and all kernels that a recording takes.
+constexpr std::size_t mostUnfinished = 300;
+
+std::atomic<int> stopRequests{0};
+std::array<std::atomic<const char*>, mostUnfinished> unfinished{};
+// Each request makes it readable, so that no request slips between a check and a wait.
+std::array<int, 2> wakeUp{-1, -1};
+
+static_assert(std::atomic<const char*>::is_always_lock_free && std::atomic<int>::is_always_lock_free);
+
+void RemoveUnfinished() {
+  // Folders were marked before the files in them.
+  for (auto slot = unfinished.rbegin(); slot != unfinished.rend(); ++slot) {
+    const char* path = slot->load();
+    if (path != nullptr && ::unlink(path) != 0) ::rmdir(path);
+  }
+}
+
+extern "C" void HandleStopSignal(int signal) {
+  const int savedErrno = errno;
+  if (++stopRequests >= requestsUntilAbort) {
+    RemoveUnfinished();
+    ::_exit(128 + signal);
+  }
+  [[maybe_unused]] const ssize_t written = ::write(wakeUp[1], "", 1);
+  errno = savedErrno;
+}
+
+}  // namespace
+
+void CatchStopSignals() {
+  if (::pipe2(wakeUp.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
+    throw Failure::System("preparing for Ctrl-C", errno);
+  }
+  struct sigaction action {};
+  action.sa_handler = HandleStopSignal;
+  sigemptyset(&action.sa_mask);
+  // Interrupted calls go on: the target-access library need not expect interruptions.
+  action.sa_flags = SA_RESTART;
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    struct sigaction previous {};
+    ::sigaction(signal, nullptr, &previous);
+    // Whoever started us with a signal ignored (nohup) wants it so.
+    if (previous.sa_handler != SIG_IGN) ::sigaction(signal, &action, nullptr);
+  }
+}
+
+int StopRequests() { return stopRequests.load(); }
+
+void WaitUntil(std::chrono::steady_clock::time_point time) {
+  using std::chrono::milliseconds;
+  while (StopRequests() == 0) {
+    const auto left = std::chrono::ceil<milliseconds>(time - std::chrono::steady_clock::now());
+    if (left <= milliseconds::zero()) return;
+    constexpr milliseconds longestPoll{1000 * 1000};
+    pollfd wake{wakeUp[0], POLLIN, 0};
+    ::poll(&wake, 1, static_cast<int>(std::min(left, longestPoll).count()));
+  }
+}
+
+void MarkUnfinished(const char* path) {
+  for (auto& slot : unfinished) {
+    const char* empty = nullptr;
+    if (slot.compare_exchange_strong(empty, path)) return;
+  }
+}
+
+void UnmarkUnfinished(const char* path) {
+  for (auto& slot : unfinished) {
+    const char* expected = path;
+    if (slot.compare_exchange_strong(expected, nullptr)) return;
+  }
+}
+
+}  // namespace cli

@@ -1,0 +1,22 @@
+// Ctrl-C and its kin while something is under way that must end in order.
+#pragma once
+
+#include <chrono>
+
+namespace cli {
+
+// From here on SIGINT, SIGTERM and SIGHUP only count as requests to stop. A third one, for a target that
+// never answers, removes the unfinished files and ends the process.
+void CatchStopSignals();
+
+// How often a stop was requested.
+int StopRequests();
+
+// Waits until `time`, or until a stop is requested (also one from before the call).
+void WaitUntil(std::chrono::steady_clock::time_point time);
+
+// Marks a file or empty folder as unfinished; the text must stay as it is until it is unmarked.
+void MarkUnfinished(const char* path);
+void UnmarkUnfinished(const char* path);
+
+}  // namespace cli
