@@ -1,0 +1,65 @@
+// Ctrl-C and its kin during a recording.
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <thread>
+
+#include "cli/program.h"
+#include "cli/scenarios.h"
+
+namespace {
+
+using Names = std::vector<std::string>;
+using namespace std::chrono_literals;
+
+const std::vector<std::string> recordForAnHour = {"record", "m.toml", "--start", "--for", "1h", "-o", "a"};
+
+TEST(Interrupt, EndsTheRecordingAndSaves) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    SCOPED_TRACE(signal);
+    const TempFolder folder;
+    folder.Write("m.toml", SteppedScenario("20ms", 64));
+    Program program(folder, recordForAnHour);
+    ASSERT_TRUE(AppearsIn(folder, ".tasklog-"));
+    program.Send(signal);
+    const Result result = program.Wait();
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(result.out.substr(0, 3), "a: ");
+    EXPECT_EQ(folder.Names(), (Names{"a", "m.toml"}));
+    EXPECT_NE(RunTasklog(folder, {"list", "a"}).out.find("0.001000  switch 3   Ctrl     Idle\n"),
+              std::string::npos);
+  }
+}
+
+TEST(Interrupt, LeavesNothingBehindWhenTheTargetNeverAnswers) {
+  const TempFolder folder;
+  folder.Write("m.toml", SteppedScenario("20ms", 64) + Fault("call = \"GetBlock32\"\ndelay = \"600s\""));
+  Program program(folder, recordForAnHour);
+  ASSERT_TRUE(AppearsIn(folder, ".tasklog-"));
+  // Signals of one kind that come at once count as one.
+  for (int i = 0; i < 3; ++i) {
+    program.Send(SIGINT);
+    std::this_thread::sleep_for(50ms);
+  }
+  EXPECT_EQ(program.Wait().exitCode, 128 + SIGINT);
+  EXPECT_EQ(folder.Names(), Names{"m.toml"});
+}
+
+TEST(Interrupt, GivesUpTheFirstReadWhenAskedTwice) {
+  const TempFolder folder;
+  folder.Write("m.toml", SteppedScenario("20ms", 64) + Fault("call = \"GetBlock32\"\ndelay = \"400ms\""));
+  Program program(folder, recordForAnHour);
+  ASSERT_TRUE(AppearsIn(folder, ".tasklog-"));
+  program.Send(SIGINT);
+  std::this_thread::sleep_for(50ms);
+  program.Send(SIGTERM);
+  const Result result = program.Wait();
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_EQ(result.err,
+            "tasklog: reading the scheduler's logger of 'm.toml': interrupted before the first read was "
+            "complete, nothing is saved\n");
+  EXPECT_EQ(folder.Names(), Names{"m.toml"});
+}
+
+}  // namespace

@@ -1,0 +1,127 @@
+// The encoder of logger buffers, word by word.
+#include "ring.h"
+
+#include <gtest/gtest.h>
+
+#include <deque>
+
+#include "random.h"
+#include "ringreader.h"
+
+namespace sim {
+namespace {
+
+using simtest::RingReader;
+using simtest::RingRecord;
+using Words = std::vector<uint32_t>;
+
+constexpr uint32_t ones = 0xFFFFFFFF;
+constexpr uint32_t narrowMarker = 0x000FFFFF;
+
+TEST(Ring, IsAllMarkersWhenCleared) {
+  Ring wide(2, 28);
+  wide.Clear(0x123456789);
+  EXPECT_EQ(wide.Words(), (Words{0x1, 0x23456789, ones, ones, ones, ones}));
+  Ring narrow(2, 16);
+  narrow.Clear(0x123456789);
+  EXPECT_EQ(narrow.Words(), (Words{0x1, 0x23456789, narrowMarker, ones, narrowMarker, ones}));
+}
+
+TEST(Ring, PacksTickTypeAndId) {
+  Ring wide(3, 28);
+  wide.Clear(0x123456789);
+  wide.Write(0x123456790, 3, 0xA1);
+  EXPECT_EQ(wide.Words(), (Words{0x1, 0x23456789, 0x34536790, 0xA1, ones, ones, ones, ones}));
+  Ring narrow(3, 16);
+  narrow.Clear(0x123456789);
+  narrow.Write(0x123456790, 14, 0xA1);
+  EXPECT_EQ(narrow.Words(),
+            (Words{0x1, 0x23456789, 0x000E6790, 0xA1, narrowMarker, ones, narrowMarker, ones}));
+}
+
+TEST(Ring, WritesTheMarkerBehindTheNewestRecordAndKeepsThePreviousLap) {
+  Ring ring(3, 28);
+  ring.Clear(0x10000000);
+  ring.Write(0x10120001, 4, 1);
+  ring.Write(0x10120002, 4, 2);
+  EXPECT_EQ(ring.Words(), (Words{0, 0x10000000, 0x01240001, 1, 0x01240002, 2, ones, ones}));
+  // The last slot ends the lap: the marker goes to slot 0 and the reference time to the newest record.
+  ring.Write(0x10120003, 4, 3);
+  EXPECT_EQ(ring.Words(), (Words{0, 0x10120003, ones, ones, 0x01240002, 2, 0x01240003, 3}));
+  ring.Write(0x10120004, 4, 4);
+  EXPECT_EQ(ring.Words(), (Words{0, 0x10120003, 0x01240004, 4, ones, ones, 0x01240003, 3}));
+}
+
+// The example of docs/ring-buffer.md.
+TEST(Ring, WritesTheDocumentedExample) {
+  Ring ring(5, 28);
+  ring.Clear(0x123456789);
+  ring.Write(0x123456790, 3, 0x00010001);
+  ring.Write(0x1234567A0, 6, 0x00FF0000);
+  ring.Write(0x1234F0005, 1, 0x00010002);
+  ring.Write(0x1234F0100, 3, 0x00010001);
+  ring.Write(0x123500000, 7, 0x4F56524E);
+  ring.Write(0x12F000010, 1, 0x00010002);
+  ring.Write(0x130000004, 3, 0x00010001);
+  EXPECT_EQ(ring.Words(), (Words{0x00000001, 0x23500000, 0xF0010010, 0x00010002, 0x00030004, 0x00010001, ones,
+                                 ones, 0x34F30100, 0x00010001, 0x35070000, 0x4F56524E}));
+}
+
+// Four records in the first 2^16 ticks of a span would pass for 16-bit ticks once the marker has gone on.
+TEST(Ring, TurnsBackWhereWideTicksWouldLookNarrow) {
+  Ring ring(6, 28);
+  ring.Clear(0x4FFFFFFF);
+  for (uint32_t i = 1; i <= 3; ++i) ring.Write(0x50000000 + i, 4, i);
+  EXPECT_EQ(ring.Words(), (Words{0, 0x4FFFFFFF, 0x00040001, 1, 0x00040002, 2, 0x00040003, 3,  //
+                                 ones, ones, ones, ones, ones, ones}));
+  ring.Write(0x50000004, 4, 4);
+  EXPECT_EQ(ring.Words(), (Words{0, 0x50000004, ones, ones, ones, ones, 0x00040001, 1, 0x00040002, 2,  //
+                                 0x00040003, 3, 0x00040004, 4}));
+  // One wide tick among the first four is enough to stay.
+  Ring steady(6, 28);
+  steady.Clear(0x4FFF0000);
+  for (uint32_t i = 1; i <= 4; ++i) steady.Write(0x4FFFFFFE + i, 4, i);
+  EXPECT_EQ(steady.Words()[1], 0x4FFF0000);
+}
+
+struct Walk {
+  const char* name;
+  uint32_t slots;
+  int tickBits;
+  uint64_t start;
+  uint64_t longestStep;
+};
+
+constexpr Walk walks[] = {
+    {"shortest ring", 2, 28, 1'000'000, 0x0FFFFFFF},
+    {"four slots", 4, 28, 0x0FFFF000, 3000},
+    {"crossing spans in small steps", 64, 28, 0x0FFFF000, 300},
+    {"a lap shorter than the narrow window", 7, 28, 0x1FFFFF00, 100},
+    {"longest steps", 33, 28, 0xFFFFFFFF00, 0x0FFFFFFF},
+    {"narrow, short steps", 16, 16, 0xFFFFFF00, 100},
+    {"narrow, longest steps", 16, 16, 5, 0xFFFF},
+};
+
+// After every single record, a reader finds the newest records with their full times.
+TEST(Ring, IsReadableAfterEveryRecord) {
+  for (const Walk& walk : walks) {
+    SCOPED_TRACE(walk.name);
+    Ring ring(walk.slots, walk.tickBits);
+    ring.Clear(walk.start);
+    Random random(walk.slots);
+    std::deque<RingRecord> expected;
+    for (uint32_t i = 0; i < 3000; ++i) {
+      const uint64_t step = i % 5 == 0 ? walk.longestStep : random.Below(walk.longestStep + 1);
+      expected.push_back({ring.Newest() + step, i % 15, i});
+      ring.Write(expected.back().time, expected.back().type, expected.back().id);
+      if (expected.size() >= walk.slots) expected.pop_front();
+      const RingReader reader(ring.Words());
+      ASSERT_EQ(reader.TickBits(), walk.tickBits) << "after record " << i;
+      ASSERT_EQ(reader.Records(), std::vector<RingRecord>(expected.begin(), expected.end()))
+          << "after record " << i;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace sim
