@@ -1,8 +1,7 @@
 // What the writer and the reader of TaskLog files share: docs/file-format.md.
 #pragma once
 
-#include <cstdio>
-#include <memory>
+#include <cstddef>
 
 #include "model/types.h"
 
@@ -18,6 +17,9 @@ inline constexpr u32 versionBeforeStampNames = 0x0101;
 inline constexpr u32 versionBeforeEvents = 0x0102;
 inline constexpr u32 versionBeforeTaskIds = 0x0103;
 
+// A record without its name: Ko type, id, timestamp.
+inline constexpr std::size_t recordSize = 16;
+
 // Ko types, the codes that open every record. Those of switches tell which slot of the entry the section's
 // task holds and, for slot 1, the entry's type.
 enum KoType : u8 {
@@ -31,8 +33,3 @@ enum KoType : u8 {
   koTestpoint = 7,
   koTimingIssue = 8
 };
-
-struct CloseFile {
-  void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using FilePtr = std::unique_ptr<std::FILE, CloseFile>;

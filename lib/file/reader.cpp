@@ -1,43 +1,36 @@
 // Appends a TaskLog file to a log.
 #include <algorithm>
 #include <cstring>
-#include <string>
+#include <new>
+#include <string_view>
 
 #include "file/entrymap.h"
+#include "file/eventcategories.h"
 #include "file/format.h"
+#include "file/stream.h"
 #include "model/model.h"
 
 namespace {
 
-void Read(std::FILE* file, void* bytes, std::size_t size) {
-  if (size == 0 || std::fread(bytes, 1, size, file) == size) return;
-  throw u32{std::ferror(file) ? TLErrFileRead : TLErrFileInvalid};
-}
-
 template <class Integer>
-Integer ReadLE(std::FILE* file) {
-  u8 bytes[sizeof(Integer)];
-  Read(file, bytes, sizeof bytes);
-  u64 value = 0;
-  for (std::size_t i = sizeof bytes; i-- > 0;) value = value << 8 | bytes[i];
-  return static_cast<Integer>(value);
+Integer ReadLE(Source& source) {
+  return LoadLE<Integer>(source.Take(sizeof(Integer)));
 }
 
-std::string ReadString(std::FILE* file) {
-  char buffer[256];
-  const u32 size = ReadLE<u32>(file);
-  if (size > sizeof buffer) throw u32{TLErrFileInvalid};
-  Read(file, buffer, size);
-  return std::string(buffer, strnlen(buffer, std::min<std::size_t>(size, 255)));
+// Valid until the next read. `certain` tells how many bytes follow the string in a file that is whole.
+std::string_view ReadString(Source& source, std::size_t certain) {
+  constexpr std::size_t longest = 256;
+  const u32 size = ReadLE<u32>(source);
+  if (size > longest) throw u32{TLErrFileInvalid};
+  const auto* text = reinterpret_cast<const char*>(source.Take(size, size + certain));
+  return {text, strnlen(text, std::min<std::size_t>(size, longest - 1))};
 }
 
 // Returns the effective version: what the file holds, as far as a reader of its base version need not care.
-u32 ReadVersion(std::FILE* file) {
-  char marker[fileMarkerSize];
-  Read(file, marker, sizeof marker);
-  if (std::memcmp(marker, fileMarker, sizeof marker) != 0) throw u32{TLErrFileInvalid};
-  const u16 base = ReadLE<u16>(file);
-  const u16 version = ReadLE<u16>(file);
+u32 ReadVersion(Source& source) {
+  if (std::memcmp(source.Take(fileMarkerSize), fileMarker, fileMarkerSize) != 0) throw u32{TLErrFileInvalid};
+  const u16 base = ReadLE<u16>(source);
+  const u16 version = ReadLE<u16>(source);
   if (base > baseVersion) throw u32{TLErrFileVersion};
   return std::max(base, version);
 }
@@ -46,17 +39,17 @@ struct Record {
   u8 koType;
   u32 id;
   u64 timestamp;
-  std::string name;
+  std::string_view name;  // valid until the next read
 };
 
-Record ReadRecord(std::FILE* file, u32 version) {
-  Record record{};
-  record.koType = static_cast<u8>(ReadLE<u32>(file));  // the upper bytes are free
-  record.id = ReadLE<u32>(file);
-  record.timestamp = ReadLE<u64>(file);
+// `following` tells how many records follow this one in its section.
+Record ReadRecord(Source& source, u32 version, u32 following) {
+  const std::size_t certain = recordSize * following;
+  const u8* bytes = source.Take(recordSize, recordSize + certain);
+  Record record{bytes[0], LoadLE<u32>(bytes + 4), LoadLE<u64>(bytes + 8), {}};  // bytes 1 to 3 are free
   if ((record.koType == koTestpoint && version > versionBeforeStampNames) ||
       (record.koType == koTimingIssue && version > versionBeforeEvents))
-    record.name = ReadString(file);
+    record.name = ReadString(source, certain);
   return record;
 }
 
@@ -68,104 +61,59 @@ bool IsPrologOrEpilog(const Record& record, u32 index, u32 count, const _STLTask
   return index == count - 1 && record.timestamp == log.stopTime;
 }
 
-// The task ran from this record on: slot 0.
-_STLEntry* SwitchIn(_STLTaskLog::EntryMap& map, const Record& record, STLTask* task) {
-  _STLEntry* entry = map.FindOrCreateEntryWithEmptyTask(record.timestamp, 0);
-  if (record.koType == koSwitchedIn3 && entry->type == TLLogSwitch4) entry->type = TLLogSwitch3;
-  entry->slots[0] = task;
-  return entry;
-}
-
-// The task ran until this record: slot 1. Its record knows the type of the switch.
-_STLEntry* SwitchOut(_STLTaskLog::EntryMap& map, const Record& record, STLTask* task) {
-  _STLEntry* entry = map.FindOrCreateEntryWithEmptyTask(record.timestamp, 1);
-  if (record.koType == koSwitchedOut1) entry->type = TLLogSwitch1;
-  if (record.koType == koSwitchedOut0) entry->type = TLLogSwitch0;
-  if (record.koType == koSwitchedOut5) entry->type = TLLogSwitch5;
-  entry->slots[1] = task;
-  return entry;
-}
-
-_STLEntry* InsertEntry(_STLTaskLog::EntryMap& map, ETLLogType type, u64 timestamp, _STLCategory* subject) {
-  _STLEntry entry(type, timestamp);
-  entry.slots[0] = subject;
-  return map.Insert(entry);
-}
-
-void AddTaskRecord(_STLTaskLog::EntryMap& map, const Record& record, STLTask* task, u32 version) {
-  _STLEntry* entry = nullptr;
-  if (record.koType == koTaskEvent)
-    entry = InsertEntry(map, TLLogTaskEvent, record.timestamp, task);
-  else if (record.koType <= koSwitchedIn)
-    entry = SwitchIn(map, record, task);
-  else if (record.koType <= koSwitchedOut5)
-    entry = SwitchOut(map, record, task);
-  if (!entry || version <= versionBeforeTaskIds || record.id == 0) return;
-  // The id is that of the task in slot 0, which need not be the section's. Task sections fill slot 0 with
-  // tasks alone.
-  if (entry->slots[0] && entry->slots[0]->GetType() == TLCatTask)
-    static_cast<STLTask*>(entry->slots[0])->id = record.id;
-}
-
 }  // namespace
 
-void _STLTaskLog::ReadTask(std::FILE* file, EntryMap& map, ETLCatType kind, u32 version) {
-  const std::string name = ReadString(file);
-  const u32 priority = ReadLE<u32>(file);
-  const u32 timeSlice = ReadLE<u32>(file);
-  const u32 count = ReadLE<u32>(file);
-  STLTask* task = kind == TLCatTask ? FindOrCreateTask(name, priority, static_cast<i32>(timeSlice)) : nullptr;
+void _STLTaskLog::ReadTask(Source& source, EntryMap& map, ETLCatType kind, u32 version) {
+  const std::string name(ReadString(source, 0));
+  const u32 priority = ReadLE<u32>(source);
+  const u32 timeSlice = ReadLE<u32>(source);
+  const u32 count = ReadLE<u32>(source);
+  map.BeginSection(kind == TLCatTask ? FindOrCreateTask(name, priority, static_cast<i32>(timeSlice))
+                                     : nullptr);
+
+  EventCategories categoriesOfEvents(*this);
   for (u32 i = 0; i < count; ++i) {
-    const Record record = ReadRecord(file, version);
+    const Record record = ReadRecord(source, version, count - 1 - i);
     if (IsPrologOrEpilog(record, i, count, *this)) continue;
-    if (task)
-      AddTaskRecord(map, record, task, version);
+    if (kind == TLCatTask && record.koType <= koSwitchedOut5)
+      map.AddTaskRecord(record.koType, record.timestamp, version > versionBeforeTaskIds ? record.id : 0);
     else if (kind == TLCatTestpoint && record.koType == koTestpoint)
-      InsertEntry(map, TLLogTestpoint, record.timestamp, FindOrCreateTestpoint(record.name, record.id));
+      map.AddEvent(koTestpoint, record.timestamp, *categoriesOfEvents.Testpoint(record.name, record.id));
     else if (kind == TLCatTimingIssue && record.koType == koTimingIssue)
-      InsertEntry(map, TLLogTimingIssue, record.timestamp, FindOrCreateTimingIssue(record.name));
+      map.AddEvent(koTimingIssue, record.timestamp, *categoriesOfEvents.TimingIssue(record.name));
   }
 }
 
-// What is read before a failure stays: times, categories, task ids. The entries change only at the end.
-void _STLTaskLog::ReadFile(std::FILE* file) {
-  const u32 version = ReadVersion(file);
-  startTime = ReadLE<u64>(file);
-  stopTime = ReadLE<u64>(file);
-  const u32 tickRate = ReadLE<u32>(file);
-  const u32 divisor = ReadLE<u32>(file);
+void _STLTaskLog::ReadSections(Source& source, EntryMap& map) {
+  const u32 version = ReadVersion(source);
+  startTime = ReadLE<u64>(source);
+  stopTime = ReadLE<u64>(source);
+  const u32 tickRate = ReadLE<u32>(source);
+  const u32 divisor = ReadLE<u32>(source);
   if (divisor == 0) throw u32{TLErrFileInvalid};
   ticksPerSecond = tickRate / divisor;
 
-  EntryMap map;
-  const u32 taskCount = ReadLE<u32>(file);
-  for (u32 i = 0; i < taskCount; ++i) ReadTask(file, map, TLCatTask, version);
-  if (version > versionBeforeStamps) ReadTask(file, map, TLCatTestpoint, version);
-  if (version > versionBeforeEvents) ReadTask(file, map, TLCatTimingIssue, version);
-  Merge(map);
-  FillInOldTasks();
+  const u32 taskCount = ReadLE<u32>(source);
+  for (u32 i = 0; i < taskCount; ++i) ReadTask(source, map, TLCatTask, version);
+  if (version > versionBeforeStamps) ReadTask(source, map, TLCatTestpoint, version);
+  if (version > versionBeforeEvents) ReadTask(source, map, TLCatTimingIssue, version);
 }
 
-// Among equal times the log's entries come first.
-void _STLTaskLog::Merge(const EntryMap& map) {
-  std::vector<_STLEntry> merged;
-  merged.reserve(entries.size() + map.Size());
-  auto old = entries.begin();
-  for (const auto& [timestamp, entry] : map) {
-    while (old != entries.end() && old->timestamp <= timestamp) merged.push_back(*old++);
-    merged.push_back(entry);
-  }
-  merged.insert(merged.end(), old, entries.end());
-  entries = std::move(merged);
-}
-
+// What is read before a failure stays: times, categories, task ids. The entries change only at the end.
 u32 _STLTaskLog::AppendFromFile(const char* path) {
-  const FilePtr file(std::fopen(path, "rb"));  // closed on every path out
-  if (!file) return TLErrFileOpen;
+  const Stream stream(path, "rb");  // closed on every path out
+  if (!stream.IsOpen()) return TLErrFileOpen;
+  EntryMap map(*this);
+  u32 status = TL_OK;
   try {
-    ReadFile(file.get());
-    return TL_OK;
-  } catch (u32 status) {
-    return status;
+    Source source(stream.File());
+    ReadSections(source, map);
+  } catch (u32 failure) {
+    status = failure;
+  } catch (const std::bad_alloc&) {
+    status = TLErrOutOfMemory;
   }
+  const std::size_t count = map.Pair();
+  if (status == TL_OK) TakeNewEntries(0, count);
+  return status;
 }

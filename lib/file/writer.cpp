@@ -4,24 +4,22 @@
 #include <string>
 
 #include "file/format.h"
+#include "file/sectionindex.h"
+#include "file/stream.h"
 #include "model/model.h"
 
 namespace {
 
-void Write(std::FILE* file, const void* bytes, std::size_t size) {
-  if (size != 0 && std::fwrite(bytes, 1, size, file) != size) throw u32{TLErrFileWrite};
-}
-
 template <class Integer>
-void WriteLE(std::FILE* file, Integer value) {
+void WriteLE(Sink& sink, Integer value) {
   u8 bytes[sizeof value];
-  for (std::size_t i = 0; i < sizeof value; ++i) bytes[i] = static_cast<u8>(u64{value} >> 8 * i);
-  Write(file, bytes, sizeof bytes);
+  StoreLE(bytes, value);
+  sink.Put(bytes, sizeof bytes);
 }
 
-void WriteString(std::FILE* file, const std::string& text) {
-  WriteLE(file, static_cast<u32>(text.size() + 1));
-  Write(file, text.c_str(), text.size() + 1);
+void WriteString(Sink& sink, const std::string& text) {
+  WriteLE(sink, static_cast<u32>(text.size() + 1));
+  sink.Put(text.c_str(), text.size() + 1);
 }
 
 // Writes one section: header, records with their prolog and epilog, and at the end the record count into the
@@ -29,7 +27,7 @@ void WriteString(std::FILE* file, const std::string& text) {
 class CTaskWriter {
  public:
   CTaskWriter(std::FILE* file, const _STLTaskLog* log)
-      : file_(file), startTime_(log->startTime), stopTime_(log->stopTime) {}
+      : file_(file), sink_(file), startTime_(log->startTime), stopTime_(log->stopTime) {}
 
   void WriteTaskBegin(const std::string& name, u32 priority, u32 timeSlice);
   // `task` is the section's task; null in the Stamps and Events sections.
@@ -39,27 +37,31 @@ class CTaskWriter {
 
  private:
   void WriteRecord(u8 koType, u32 id, u64 timestamp) {
-    WriteLE(file_, u32{koType});
-    WriteLE(file_, id);
-    WriteLE(file_, timestamp);
+    u8 bytes[recordSize];
+    StoreLE(bytes, u32{koType});
+    StoreLE(bytes + 4, id);
+    StoreLE(bytes + 8, timestamp);
+    sink_.Put(bytes, sizeof bytes);
     ++recordsWritten_;
   }
   void WriteProlog();
 
   std::FILE* file_;  // borrowed
-  u64 startTime_;    // ticks
-  u64 stopTime_;     // ticks
+  Sink sink_;
+  u64 startTime_;  // ticks
+  u64 stopTime_;   // ticks
   std::fpos_t countPosition_ = {};
   u32 recordsWritten_ = 0;
   u8 lastKoType_ = 0;  // of an entry's record
 };
 
 void CTaskWriter::WriteTaskBegin(const std::string& name, u32 priority, u32 timeSlice) {
-  WriteString(file_, name);
-  WriteLE(file_, priority);
-  WriteLE(file_, timeSlice);
+  WriteString(sink_, name);
+  WriteLE(sink_, priority);
+  WriteLE(sink_, timeSlice);
+  sink_.Flush();
   if (std::fgetpos(file_, &countPosition_) != 0) throw u32{TLErrFileWrite};
-  WriteLE(file_, u32{0});
+  WriteLE(sink_, u32{0});
 }
 
 // States what the task did from the start time to the record that comes first.
@@ -76,7 +78,7 @@ void CTaskWriter::WriteEntry(const _STLEntry* entry, const _STLCategory* task) {
   if (recordsWritten_ == 0 && entry->timestamp != startTime_) WriteProlog();
   WriteRecord(lastKoType_, subject ? subject->GetId() : 0, entry->timestamp);
   if (entry->type == TLLogTestpoint || entry->type == TLLogTimingIssue)
-    WriteString(file_, subject ? subject->name : std::string());
+    WriteString(sink_, subject ? subject->name : std::string());
 }
 
 // States what the task did from its last record to the stop time.
@@ -90,8 +92,10 @@ void CTaskWriter::WriteLastEntry() {
 }
 
 void CTaskWriter::WriteTaskEnd() {
+  sink_.Flush();
   if (std::fsetpos(file_, &countPosition_) != 0) throw u32{TLErrFileWrite};
-  WriteLE(file_, recordsWritten_);
+  WriteLE(sink_, recordsWritten_);
+  sink_.Flush();
   if (std::fseek(file_, 0, SEEK_END) != 0) throw u32{TLErrFileWrite};
 }
 
@@ -99,27 +103,29 @@ using CategoryIterator = std::unique_ptr<_STLCategoryIterator>;
 using EntryIterator = std::unique_ptr<_STLEntryIterator>;
 
 void WriteHeader(std::FILE* file, const _STLTaskLog& log) {
-  Write(file, fileMarker, fileMarkerSize);
-  WriteLE(file, baseVersion);
-  WriteLE(file, fileVersion);
-  WriteLE(file, log.startTime);
-  WriteLE(file, log.stopTime);
-  WriteLE(file, static_cast<u32>(log.ticksPerSecond));
-  WriteLE(file, u32{1});  // divisor of the tick rate
-  WriteLE(file, log.GetCategoriesCount(TL_CATS_TASKS, nullptr));
+  Sink sink(file);
+  sink.Put(fileMarker, fileMarkerSize);
+  WriteLE(sink, baseVersion);
+  WriteLE(sink, fileVersion);
+  WriteLE(sink, log.startTime);
+  WriteLE(sink, log.stopTime);
+  WriteLE(sink, static_cast<u32>(log.ticksPerSecond));
+  WriteLE(sink, u32{1});  // divisor of the tick rate
+  WriteLE(sink, log.GetCategoriesCount(TL_CATS_TASKS, nullptr));
+  sink.Flush();
 }
 
-void WriteTaskSection(std::FILE* file, const _STLTaskLog& log, const _STLCategory* task) {
-  CTaskWriter writer(file, &log);
-  writer.WriteTaskBegin(task->name, task->GetPriority(), static_cast<u32>(task->GetTimeSlice()));
-  const u64 types = TL_LOGS_SWITCHES | TL_LOGS_TASK_EVENTS;
-  const EntryIterator iterator(log.GetEntries(task, types, 0, UINT64_MAX));
-  while (const _STLEntry* entry = iterator->Next()) {
-    const bool ownEvent = entry->slots[0] == task;
-    if (entry->type != TLLogTaskEvent || ownEvent) writer.WriteEntry(entry, task);
+template <class Number>
+void WriteTaskSections(std::FILE* file, const _STLTaskLog& log) {
+  const SectionIndex<Number> index(log);
+  const CategoryIterator tasks(log.GetCategories(TL_CATS_TASKS, nullptr));
+  while (const _STLCategory* task = tasks->Next()) {
+    CTaskWriter writer(file, &log);
+    writer.WriteTaskBegin(task->name, task->GetPriority(), static_cast<u32>(task->GetTimeSlice()));
+    index.ForEach(*task, [&](const _STLEntry& entry) { writer.WriteEntry(&entry, task); });
+    writer.WriteLastEntry();
+    writer.WriteTaskEnd();
   }
-  writer.WriteLastEntry();
-  writer.WriteTaskEnd();
 }
 
 void WriteEventSection(std::FILE* file, const _STLTaskLog& log, const char* name, u64 types) {
@@ -131,24 +137,24 @@ void WriteEventSection(std::FILE* file, const _STLTaskLog& log, const char* name
 }
 
 void WriteSections(std::FILE* file, const _STLTaskLog& log) {
-  const CategoryIterator tasks(log.GetCategories(TL_CATS_TASKS, nullptr));
-  while (const _STLCategory* task = tasks->Next()) WriteTaskSection(file, log, task);
+  if (log.entries.size() <= UINT32_MAX)
+    WriteTaskSections<u32>(file, log);
+  else
+    WriteTaskSections<u64>(file, log);
   WriteEventSection(file, log, "Stamps", TL_LOGS_TESTPOINTS);
   WriteEventSection(file, log, "Events", TL_LOGS_TIMING_ISSUES);
 }
 
 }  // namespace
 
-u32 _STLTaskLog::SaveAsFile(const char* path) const {
-  const FilePtr file(std::fopen(path, "wb"));  // closed on every path out
-  if (!file) return TLErrFileOpen;
-  try {
-    WriteHeader(file.get(), *this);
-    WriteSections(file.get(), *this);
-    return TL_OK;
-  } catch (u32 status) {
-    return status;
-  } catch (const std::bad_alloc&) {
-    return TLErrOutOfMemory;
-  }
+u32 _STLTaskLog::SaveAsFile(const char* path) const try {
+  const Stream stream(path, "wb");  // closed on every path out
+  if (!stream.IsOpen()) return TLErrFileOpen;
+  WriteHeader(stream.File(), *this);
+  WriteSections(stream.File(), *this);
+  return TL_OK;
+} catch (u32 status) {
+  return status;
+} catch (const std::bad_alloc&) {
+  return TLErrOutOfMemory;
 }

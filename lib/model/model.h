@@ -1,21 +1,18 @@
-// The log in memory: categories, entries, their iterators, and the log that owns them. Members of
-// _STLTaskLog are defined in the folder of their concern: model/, target/ and file/.
+// The log in memory: categories, entries, their iterators, and the log that owns them. Members of _STLTaskLog
+// are defined in the folder of their concern: model/, target/ and file/.
 #pragma once
 
 #include <tasklog/tasklog.h>
 
 #include <cstddef>
-#include <cstdio>
-#include <deque>
 #include <functional>
 #include <map>
 #include <string>
 #include <vector>
 
+#include "model/entry.h"
+#include "model/timeindex.h"
 #include "model/types.h"
-
-// The bit of a value in a mask of kinds or types.
-inline bool MaskHas(u64 mask, u32 value) { return (mask >> (value % 64)) & 1; }
 
 // What entries refer to. Created by a log, which owns it.
 struct _STLCategory {
@@ -30,6 +27,9 @@ struct _STLCategory {
   _STLCategory& operator=(const _STLCategory&) = delete;
 
   const std::string name;
+  u32 index = 0;            // place in the log's categories
+  EntryCounts entryCounts;  // of the entries that hold this category, in one
+                            // slot or both
 };
 
 struct STLTask final : _STLCategory {
@@ -42,7 +42,8 @@ struct STLTask final : _STLCategory {
 
   const u32 priority;
   const i32 timeSlice;
-  u32 id = 0;  // written by who creates the task, and again when it is met under another identifier
+  u32 id = 0;  // written by who creates the task, and again when it is met under
+               // another identifier
 };
 
 struct STLTestpoint final : _STLCategory {
@@ -106,25 +107,9 @@ class STLCategoryIteratorMap final : public _STLCategoryIterator {
   Matches matches_;
 };
 
-// One moment on the controller. A plain value; its categories belong to the log.
-struct _STLEntry {
-  _STLEntry() = default;
-  _STLEntry(ETLLogType entryType, u64 entryTimestamp) : type(entryType), timestamp(entryTimestamp) {}
-
-  ETLLogType type = TLLogSwitch0;
-  u64 timestamp = 0;                            // ticks
-  _STLCategory* slots[2] = {nullptr, nullptr};  // 0: what it is about; 1: the task that was running
-};
-
-// The order of a log's entries, for searches by timestamp.
-struct CompareEntriesByTime {
-  bool operator()(const _STLEntry& entry, u64 timestamp) const { return entry.timestamp < timestamp; }
-  bool operator()(u64 timestamp, const _STLEntry& entry) const { return timestamp < entry.timestamp; }
-};
-
 struct _STLEntryIterator {
  public:
-  using Position = std::vector<_STLEntry>::const_iterator;
+  using Position = const _STLEntry*;
   struct Matches {
     const _STLCategory* category;  // null matches all
     u64 types;
@@ -136,7 +121,14 @@ struct _STLEntryIterator {
 
   _STLEntryIterator(Position begin, Position end, Matches matches)
       : current_(begin), end_(end), matches_(matches) {}
-  const _STLEntry* Next();
+  // The next match, null once there is none. Inline, for hosts call it once an entry.
+  const _STLEntry* Next() {
+    while (current_ != end_) {
+      const _STLEntry* entry = current_++;
+      if (matches_(*entry)) return entry;
+    }
+    return nullptr;
+  }
 
  private:
   Position current_;
@@ -144,20 +136,23 @@ struct _STLEntryIterator {
   Matches matches_;
 };
 
+class Source;
+
 struct _STLTaskLog {
   class EntryMap;
-  using EntryQueue = std::deque<_STLEntry>;
+  struct Acquisition;
 
   _STLTaskLog() = default;
   ~_STLTaskLog();
   _STLTaskLog(const _STLTaskLog&) = delete;
   _STLTaskLog& operator=(const _STLTaskLog&) = delete;
 
-  // Registry. Each returns the category of these properties, made when there is none. Tasks are told apart
-  // by name, priority and time slice, testpoints by name and id, timing issues by name.
+  // Registry. Each returns the category of these properties, made when there is none. Tasks are told apart by
+  // name, priority and time slice, testpoints by name and id, timing issues by name.
   STLTask* FindOrCreateTask(const std::string& name, u32 priority, i32 timeSlice);
   STLTestpoint* FindOrCreateTestpoint(const std::string& name, u32 id);
   STLTimingIssue* FindOrCreateTimingIssue(const std::string& name);
+  STLTimingIssue* FindTimingIssue(const std::string& name) const;          // null when there is none
   _STLCategoryIterator* GetCategories(u64 types, const char* name) const;  // owned by the caller
   u32 GetCategoriesCount(u64 types, const char* name) const;
 
@@ -165,25 +160,30 @@ struct _STLTaskLog {
   _STLEntryIterator* GetEntries(const _STLCategory* category, u64 types, u64 from,
                                 u64 to) const;  // owned by the caller
   u64 GetEntriesCount(const _STLCategory* category, u64 types, u64 from, u64 to) const;
-  // Puts the task that was running into slot 1 of the entries; ends every append.
-  void FillInOldTasks();
+
+  // Merges new entries that were built at the start of the spare room of `entries`: first those that go
+  // before held entries of the same time, then those that go behind them, each in the order of time. Ends
+  // every append. Throws bad_alloc, with the entries as they were.
+  void TakeNewEntries(std::size_t beforeCount, std::size_t behindCount);
+  // Puts the task that was running into slot 1 of the entries, where those from `from` up to `to` are new.
+  void FillInOldTasks(std::size_t from, std::size_t to);
 
   // From a controller.
   u32 AppendFromTarget(const char* target, i32 kernel, TLProgress progress, void* user);
   u32 FetchTicksPerSecond(const std::string& target);
   u32 FetchTasks(const std::string& target);
   u32 FetchTestpoints(const std::string& target);
-  // Adds a record of two words to the queue, unless an equal entry is there; true for a marker record. `time`
-  // is the timestamp of the record before, and becomes that of this one.
-  bool AddEntry(const u32* record, u64& time, EntryQueue& queue, bool& tasksFetched, bool& testpointsFetched,
-                u32& fetchError, int timeBits, const std::string& target, bool forward);
+  // Adds a record of two words to the new entries, unless an equal entry is there; true for a marker record.
+  bool AddEntry(const u32* record, bool forward, Acquisition& acquisition);
+  // Whether there is an entry, held or new, for a record of this type, time and id.
+  bool IsHeld(ETLLogType type, u64 time, u32 id, Acquisition& acquisition) const;
   // The category that a record of this type and id is about, fetched or made when the log has none.
-  _STLCategory* FindOrFetchCategory(u32 id, ETLLogType type, bool& tasksFetched, bool& testpointsFetched,
-                                    u32& fetchError, const std::string& target);
+  _STLCategory* FindOrFetchCategory(u32 id, ETLLogType type, Acquisition& acquisition);
 
   // From and to a TaskLog file.
   u32 AppendFromFile(const char* path);
-  void ReadTask(std::FILE* file, EntryMap& map, ETLCatType kind, u32 version);  // throws a u32 status
+  void ReadTask(Source& source, EntryMap& map, ETLCatType kind,
+                u32 version);  // throws a u32 status
   u32 SaveAsFile(const char* path) const;
 
   u64 startTime = 0;                      // ticks; 0 while unset
@@ -191,7 +191,7 @@ struct _STLTaskLog {
   u64 ticksPerSecond = 0;                 // 0 while unset
   std::vector<_STLCategory*> categories;  // owned, in creation order
   CategoryIndex categoriesByName;         // the same, by name
-  std::vector<_STLEntry> entries;         // by time
+  EntryArray entries;                     // by time
 
  private:
   struct EntryRange {
@@ -199,10 +199,17 @@ struct _STLTaskLog {
     _STLEntryIterator::Position end;
   };
   EntryRange SelectTimeRange(u64 from, u64 to) const;
-  _STLCategory* FindCategory(ETLCatType kind, u32 id) const;
+  _STLCategory* MakeCategory(ETLCatType kind, u32 id);
+  void CountEntry(const _STLEntry& entry);
+  _STLCategory* RunningBefore(std::size_t index) const;
+  void SetRunning(_STLEntry& entry, _STLCategory* running);
   void WidenPeriod();
-  void ReadFile(std::FILE* file);  // throws a u32 status
-  void Merge(const EntryMap& map);
+  void ReadSections(Source& source, EntryMap& map);  // throws a u32 status
+  template <class Category, class Same>
+  Category* Find(const std::string& name, Same same) const;
   template <class Category, class Same, class... Properties>
   Category* FindOrCreate(const std::string& name, Same same, Properties... properties);
+
+  EntryCounts entryCounts_;  // of all entries
+  TimeIndex timeIndex_;      // of all entries
 };

@@ -1,4 +1,4 @@
-// Selects entries by time, category and type, and completes them with the task that was running.
+// Selects entries by time, category and type.
 #include <algorithm>
 
 #include "model/model.h"
@@ -13,9 +13,9 @@ constexpr u64 allTypes = TL_LOGS_ALL;
 // after an append from a file, are part of a query that reaches its end.
 _STLTaskLog::EntryRange _STLTaskLog::SelectTimeRange(u64 from, u64 to) const {
   EntryRange range{entries.begin(), entries.end()};
-  if (startTime < from)
-    range.begin = std::lower_bound(entries.begin(), entries.end(), from, CompareEntriesByTime());
-  if (stopTime > to) range.end = std::upper_bound(range.begin, entries.end(), to, CompareEntriesByTime());
+  if (startTime < from) range.begin += timeIndex_.LowerBound(entries, from);
+  if (stopTime > to) range.end = entries.begin() + timeIndex_.UpperBound(entries, to);
+  range.end = std::max(range.begin, range.end);
   return range;
 }
 
@@ -25,20 +25,16 @@ _STLEntryIterator* _STLTaskLog::GetEntries(const _STLCategory* category, u64 typ
   return new _STLEntryIterator(range.begin, range.end, {category, types});
 }
 
+// Counts of the whole log are kept by the appends; only a part of it is looked at.
 u64 _STLTaskLog::GetEntriesCount(const _STLCategory* category, u64 types, u64 from, u64 to) const {
   if (types == 0) types = allTypes;
   const EntryRange range = SelectTimeRange(from, to);
-  if (!category && (types & allTypes) == allTypes) return static_cast<u64>(range.end - range.begin);
-  return static_cast<u64>(std::count_if(range.begin, range.end, _STLEntryIterator::Matches{category, types}));
-}
-
-void _STLTaskLog::FillInOldTasks() {
-  constexpr u64 switches = TL_LOGS_SWITCHES;
-  constexpr u64 events = TL_LOGS_TASK_EVENTS | TL_LOGS_TESTPOINTS | TL_LOGS_TIMING_ISSUES;
-  _STLCategory* running = nullptr;
-  for (_STLEntry& entry : entries) {
-    // A file may state the task that a switch ended, so only an empty slot is filled there.
-    if (MaskHas(events, entry.type) || !entry.slots[1]) entry.slots[1] = running;
-    if (MaskHas(switches, entry.type)) running = entry.slots[0];
+  const auto count = static_cast<u64>(range.end - range.begin);
+  if (!category && (types & allTypes) == allTypes) return count;
+  if (count == entries.size()) {
+    if (!category) return entryCounts_.Sum(types);
+    const bool own = category->index < categories.size() && categories[category->index] == category;
+    return own ? category->entryCounts.Sum(types) : 0;
   }
+  return static_cast<u64>(std::count_if(range.begin, range.end, _STLEntryIterator::Matches{category, types}));
 }

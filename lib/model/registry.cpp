@@ -9,19 +9,27 @@ namespace {
 
 constexpr u64 allKinds = TL_CATS_ALL;
 
+bool IsTimingIssue(const _STLCategory& category) { return category.GetType() == TLCatTimingIssue; }
+
 }  // namespace
 
-// `same` tells whether a category of the same name is the one wanted. Memory is obtained before either
-// container changes, so that both hold the same categories whatever fails.
+// `same` tells whether a category of the name is the one wanted.
+template <class Category, class Same>
+Category* _STLTaskLog::Find(const std::string& name, Same same) const {
+  const auto [begin, end] = categoriesByName.equal_range(name);
+  const auto found = std::find_if(begin, end, [&](const auto& item) { return same(*item.second); });
+  return found != end ? static_cast<Category*>(found->second) : nullptr;
+}
+
+// Memory is obtained before either container changes, so that both hold the same categories whatever fails.
 template <class Category, class Same, class... Properties>
 Category* _STLTaskLog::FindOrCreate(const std::string& name, Same same, Properties... properties) {
-  const auto [begin, end] = categoriesByName.equal_range(std::string_view(name));
-  const auto found = std::find_if(begin, end, [&](const auto& item) { return same(*item.second); });
-  if (found != end) return static_cast<Category*>(found->second);
+  if (Category* known = Find<Category>(name, same)) return known;
 
   auto created = std::make_unique<Category>(name, properties...);
+  created->index = static_cast<u32>(categories.size());
   if (categories.size() == categories.capacity()) categories.reserve(2 * categories.size() + 8);
-  categoriesByName.emplace_hint(end, name, created.get());
+  categoriesByName.emplace(name, created.get());
   categories.push_back(created.get());
   return created.release();
 }
@@ -41,9 +49,12 @@ STLTestpoint* _STLTaskLog::FindOrCreateTestpoint(const std::string& name, u32 id
   return FindOrCreate<STLTestpoint>(name, same, id);
 }
 
+STLTimingIssue* _STLTaskLog::FindTimingIssue(const std::string& name) const {
+  return Find<STLTimingIssue>(name, IsTimingIssue);
+}
+
 STLTimingIssue* _STLTaskLog::FindOrCreateTimingIssue(const std::string& name) {
-  const auto same = [](const _STLCategory& category) { return category.GetType() == TLCatTimingIssue; };
-  return FindOrCreate<STLTimingIssue>(name, same);
+  return FindOrCreate<STLTimingIssue>(name, IsTimingIssue);
 }
 
 _STLCategoryIterator* _STLTaskLog::GetCategories(u64 types, const char* name) const {

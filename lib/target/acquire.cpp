@@ -1,11 +1,13 @@
 // From a controller's logger buffer into the log: read the ring, decode its two laps, merge. The buffer is
 // described in docs/ring-buffer.md.
+#include <algorithm>
 #include <cstdlib>
 #include <memory>
 #include <new>
 
-#include "model/model.h"
+#include "model/free.h"
 #include "target/access.h"
+#include "target/acquisition.h"
 #include "target/number.h"
 #include "target/record.h"
 #include "target/targetname.h"
@@ -18,6 +20,7 @@ class ProgressReporter {
   ProgressReporter(TLTaskLog log, TLProgress progress, void* user)
       : log_(log), progress_(progress), user_(user) {}
 
+  bool IsWanted() const { return progress_ != nullptr; }
   void Report(double fraction) {
     if (progress_) progress_(log_, fraction, &proceed_, user_);
   }
@@ -34,10 +37,6 @@ class ProgressReporter {
   i32 proceed_ = 1;
 };
 
-struct Free {
-  void operator()(void* memory) const { std::free(memory); }
-};
-
 // A copy of a logger buffer: the reference time in two words, then slots of two words. Zeroed, so that words
 // which a target leaves out hold something defined.
 class Ring {
@@ -51,6 +50,12 @@ class Ring {
   u32 WordCount() const { return wordCount_; }
   u64 ReferenceTime() const { return u64{words_[0]} << 32 | words_[1]; }
   u32 SlotCount() const { return (wordCount_ - 2) / 2; }  // a trailing part of a slot is ignored
+  // The number of slots when there is no marker.
+  u32 FindMarker() const {
+    u32 slot = 0;
+    while (slot < SlotCount() && RecordType(*Slot(slot)) != markerType) ++slot;
+    return slot;
+  }
   const u32* Slot(u32 index) const { return words_.get() + 2 + 2 * std::size_t{index}; }
 
  private:
@@ -80,70 +85,57 @@ u32 ReadRing(const std::string& target, const std::string& logger, ProgressRepor
   return progress.CanceledAt(0.75) ? TLErrCanceled : TL_OK;
 }
 
-// Decodes the laps of a ring into a queue that holds the entries of the log and the new ones.
+// Decodes the two laps of a ring. The current lap lies before the marker and is read forward. Behind the
+// marker lies the previous lap. Only its newest record is known to lie just before the reference time, so the
+// lap is read backward, each record's upper bits coming from the one before.
 class RingDecoder {
  public:
   RingDecoder(_STLTaskLog& log, const Ring& ring, const std::string& target, ProgressReporter& progress)
-      : queue_(log.entries.begin(), log.entries.end()),
-        log_(log),
+      : log_(log),
         ring_(ring),
-        target_(target),
         progress_(progress),
-        timeBits_(DetectTimeBits(ring.Slot(0), ring.SlotCount())) {}
+        marker_(ring.FindMarker()),
+        acquisition_(log, target, DetectTimeBits(ring.Slot(0), ring.SlotCount()),
+                     ring.SlotCount() - std::min(ring.SlotCount(), marker_ + 1), marker_) {}
 
-  // The current lap lies before the marker and is read forward. Behind the marker lies the previous lap. Only
-  // its newest record is known to lie just before the reference time, so the lap is read backward, each
-  // record's upper bits coming from the one before.
   u32 Decode() {
-    u32 marker = 0;
-    time_ = ring_.ReferenceTime();
     Step step = Step::GoOn;
-    for (; marker < ring_.SlotCount(); ++marker)
-      if ((step = DecodeSlot(marker, true)) != Step::GoOn) break;
-    time_ = ring_.ReferenceTime();
-    if (step == Step::Marker) {
-      step = Step::GoOn;
-      for (u32 slot = ring_.SlotCount(); --slot > marker && step == Step::GoOn;)
-        step = DecodeSlot(slot, false);
-    }
+    acquisition_.time = ring_.ReferenceTime();
+    for (u32 slot = 0; slot < marker_ && step == Step::GoOn; ++slot) step = DecodeSlot(slot, true);
+    acquisition_.time = ring_.ReferenceTime();
+    for (u32 slot = ring_.SlotCount(); slot > marker_ + 1 && step == Step::GoOn;)
+      step = DecodeSlot(--slot, false);
     return step == Step::Canceled ? TLErrCanceled : TL_OK;
   }
 
-  const _STLTaskLog::EntryQueue& Queue() const { return queue_; }
-  u32 FetchError() const { return fetchError_; }
+  NewEntries& Added() { return acquisition_.added; }
+  u32 FetchError() const { return acquisition_.fetchError; }
 
  private:
   enum class Step { GoOn, Marker, Canceled };
 
   Step DecodeSlot(u32 slot, bool forward) {
-    if (log_.AddEntry(ring_.Slot(slot), time_, queue_, tasksFetched_, testpointsFetched_, fetchError_,
-                      timeBits_, target_, forward))
-      return Step::Marker;
+    if (log_.AddEntry(ring_.Slot(slot), forward, acquisition_)) return Step::Marker;
     ++recordsDecoded_;
-    return progress_.CanceledAt(Fraction()) ? Step::Canceled : Step::GoOn;
+    return progress_.IsWanted() && progress_.CanceledAt(Fraction()) ? Step::Canceled : Step::GoOn;
   }
 
   // Decoding a full ring leads from 0.75 to 0.95; each fetch adds its share. The order of the operations is
   // part of the interface: callers see the same doubles everywhere.
   double Fraction() const {
-    double fetched = 0.75 + (tasksFetched_ ? 0.02 : 0.0);
-    fetched += testpointsFetched_ ? 0.01 : 0.0;
+    double fetched = 0.75 + (acquisition_.tasksFetched ? 0.02 : 0.0);
+    fetched += acquisition_.testpointsFetched ? 0.01 : 0.0;
     double decoded = recordsDecoded_ * 0.2;
     decoded += decoded;
     decoded /= ring_.WordCount();
     return fetched + decoded;
   }
 
-  _STLTaskLog::EntryQueue queue_;
   _STLTaskLog& log_;
   const Ring& ring_;
-  const std::string& target_;
   ProgressReporter& progress_;
-  const int timeBits_;
-  u64 time_ = 0;  // of the record decoded just before, in ticks
-  bool tasksFetched_ = false;
-  bool testpointsFetched_ = false;
-  u32 fetchError_ = 0;
+  const u32 marker_;  // slot of the marker; the number of slots when there is none
+  _STLTaskLog::Acquisition acquisition_;
   u32 recordsDecoded_ = 0;
 };
 
@@ -162,9 +154,8 @@ u32 _STLTaskLog::AppendFromTarget(const char* target, i32 kernel, TLProgress pro
   if (ring.WordCount() > 0) {
     RingDecoder decoder(*this, ring, name, reporter);
     if (const u32 status = decoder.Decode()) return status;
-    if (decoder.Queue().size() > entries.size())
-      entries = std::vector<_STLEntry>(decoder.Queue().begin(), decoder.Queue().end());
-    FillInOldTasks();
+    decoder.Added().Close();
+    TakeNewEntries(decoder.Added().BackwardCount(), decoder.Added().ForwardCount());
     WidenPeriod();
     fetchError = decoder.FetchError();
   }

@@ -1,5 +1,5 @@
-// Turns the id of a record into a category: one that the log has, one that the controller knows, or one
-// named after the id.
+// Turns the id of a record into a category: one that the log has, one that the controller knows, or one named
+// after the id.
 #include "target/discovery.h"
 
 #include <algorithm>
@@ -9,8 +9,9 @@
 #include <memory>
 #include <new>
 
-#include "model/model.h"
+#include "model/free.h"
 #include "target/access.h"
+#include "target/acquisition.h"
 #include "target/number.h"
 
 namespace {
@@ -26,18 +27,18 @@ std::string PlaceholderName(u32 id) {
   return text;
 }
 
-// A testpoint with the longest of names asks for a variable that is cut.
-std::string AddressVariable(const char* testpoint) {
-  constexpr std::size_t longestVariable = 284;
-  return ("Watchpoint.Entity." + std::string(testpoint) + ".Prop.Address").substr(0, longestVariable);
+// Targets know variable names of up to 284 characters; what an object's name makes longer is cut.
+std::string AddressVariable(const char* object) {
+  return ("Watchpoint.Entity." + std::string(object) + ".Prop.Address").substr(0, 284);
 }
 
-struct Free {
-  void operator()(void* memory) const { std::free(memory); }
-};
+ETLCatType KindOf(ETLLogType type) {
+  if (type == TLLogTimingIssue) return TLCatTimingIssue;
+  return type == TLLogTestpoint ? TLCatTestpoint : TLCatTask;
+}
 
-// The task list of a controller: a header word, then identifiers. Its memory is zeroed by the system, page
-// by page as it is used, so that a size that makes no sense costs nothing.
+// The task list of a controller: a header word, then identifiers. Its memory is zeroed by the system, page by
+// page as it is used, so that a size that makes no sense costs nothing.
 class TaskList {
  public:
   // Returns the status of the first transfer that failed.
@@ -114,48 +115,48 @@ u32 _STLTaskLog::FetchTasks(const std::string& target) {
 }
 
 u32 _STLTaskLog::FetchTestpoints(const std::string& target) {
-  char variable[40];
   double number = 0.0;
   if (const u32 status = GetVariable(target.c_str(), "Watchpoint.Entity!Objects", &number, 0)) return status;
   const u32 count = TruncateToU32(number);
   for (u32 i = 0; i < count; ++i) {
     NameBuffer name = {};
-    std::snprintf(variable, sizeof variable, "Watchpoint.Entity!Object%u", i);
-    if (const u32 status = GetVariable(target.c_str(), variable, name, nameSize)) return status;
-    if (const u32 status = GetVariable(target.c_str(), AddressVariable(name).c_str(), &number, 0))
-      return status;
+    const std::string nameVariable = "Watchpoint.Entity!Object" + std::to_string(i);
+    if (const u32 status = GetVariable(target.c_str(), nameVariable.c_str(), name, nameSize)) return status;
+    const std::string addressVariable = AddressVariable(name);
+    if (const u32 status = GetVariable(target.c_str(), addressVariable.c_str(), &number, 0)) return status;
     FindOrCreateTestpoint(name, TruncateToU32(number));
   }
   return TL_OK;
 }
 
-_STLCategory* _STLTaskLog::FindOrFetchCategory(u32 id, ETLLogType type, bool& tasksFetched,
-                                               bool& testpointsFetched, u32& fetchError,
-                                               const std::string& target) {
-  if (type == TLLogTimingIssue) {
-    _STLCategory* known = FindCategory(TLCatTimingIssue, id);
-    return known ? known : FindOrCreateTimingIssue(TimingIssueName(id));
-  }
-  const ETLCatType kind = type == TLLogTestpoint ? TLCatTestpoint : TLCatTask;
-  if (_STLCategory* known = FindCategory(kind, id)) return known;
+_STLCategory* _STLTaskLog::FindOrFetchCategory(u32 id, ETLLogType type, Acquisition& acquisition) {
+  IdIndex& ids = acquisition.ids;
+  if (!ids.IsBuilt()) ids.Build(categories);
+  const ETLCatType kind = KindOf(type);
+  if (_STLCategory* known = ids.Find(kind, id)) return known;
 
-  bool& fetched = kind == TLCatTask ? tasksFetched : testpointsFetched;
-  if (!fetched) {
-    const u32 status = kind == TLCatTask ? FetchTasks(target) : FetchTestpoints(target);
-    if (status != TL_OK) fetchError = status;
+  bool& fetched = kind == TLCatTask ? acquisition.tasksFetched : acquisition.testpointsFetched;
+  if (kind != TLCatTimingIssue && !fetched) {
+    const u32 status =
+        kind == TLCatTask ? FetchTasks(acquisition.target) : FetchTestpoints(acquisition.target);
+    if (status != TL_OK) acquisition.fetchError = status;
     fetched = true;
-    if (_STLCategory* known = FindCategory(kind, id)) return known;
+    acquisition.UpdateIds(categories);
+    if (_STLCategory* known = ids.Find(kind, id)) return known;
   }
+  const std::size_t known = categories.size();
+  _STLCategory* made = MakeCategory(kind, id);
+  // A task of the placeholder's name was there, under an id that may now lead to another task or to none.
+  if (kind == TLCatTask && categories.size() == known) acquisition.UpdateIds(categories);
+  ids.Add(id, made);
+  return made;
+}
+
+// For an id that neither the log nor the target knows.
+_STLCategory* _STLTaskLog::MakeCategory(ETLCatType kind, u32 id) {
+  if (kind == TLCatTimingIssue) return FindOrCreateTimingIssue(TimingIssueName(id));
   if (kind == TLCatTestpoint) return FindOrCreateTestpoint(PlaceholderName(id), id);
   STLTask* task = FindOrCreateTask(PlaceholderName(id), unknownPriority, unknownTimeSlice);
   task->id = id;
   return task;
-}
-
-// Among categories of one id the one created first counts.
-_STLCategory* _STLTaskLog::FindCategory(ETLCatType kind, u32 id) const {
-  const auto found = std::find_if(categories.begin(), categories.end(), [=](const _STLCategory* category) {
-    return category->GetType() == kind && category->GetId() == id;
-  });
-  return found != categories.end() ? *found : nullptr;
 }

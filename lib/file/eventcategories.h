@@ -1,0 +1,33 @@
+// Finds the categories that the records of a file name again and again.
+#pragma once
+
+#include <functional>
+#include <string_view>
+
+#include "model/model.h"
+
+// A look-aside in front of the log's registry. No two testpoints share name and id, no two timing issues a
+// name, so a category that fits is the one wanted.
+class EventCategories {
+ public:
+  explicit EventCategories(_STLTaskLog& log) : log_(log) {}
+
+  _STLCategory* Testpoint(std::string_view name, u32 id) {
+    _STLCategory*& place = recent_[(std::hash<std::string_view>()(name) + id) % recentCount];
+    if (!place || place->GetType() != TLCatTestpoint || place->GetId() != id || place->name != name)
+      place = log_.FindOrCreateTestpoint(std::string(name), id);
+    return place;
+  }
+  _STLCategory* TimingIssue(std::string_view name) {
+    _STLCategory*& place = recent_[std::hash<std::string_view>()(name) % recentCount];
+    if (!place || place->GetType() != TLCatTimingIssue || place->name != name)
+      place = log_.FindOrCreateTimingIssue(std::string(name));
+    return place;
+  }
+
+ private:
+  static constexpr std::size_t recentCount = 256;
+
+  _STLTaskLog& log_;
+  _STLCategory* recent_[recentCount] = {};
+};

@@ -1,0 +1,114 @@
+// Takes new entries into a log and completes the log with the task that was running. What an append costs
+// depends on what it adds and on what lies behind the first entry added, not on what is held before.
+#include <algorithm>
+
+#include "model/model.h"
+
+namespace {
+
+constexpr u64 switches = TL_LOGS_SWITCHES;
+constexpr u64 events = TL_LOGS_TASK_EVENTS | TL_LOGS_TESTPOINTS | TL_LOGS_TIMING_ISSUES;
+
+// A stretch of entries by index, without `end`.
+struct Stretch {
+  std::size_t begin;
+  std::size_t end;
+};
+
+// Merges a run of new entries into the `held` entries at `data`, behind which there is room for it. Works
+// from the back, and so touches nothing before the run's first place. Returns the stretch that holds the run.
+template <class GoesBehind>
+Stretch MergeRun(_STLEntry* data, std::size_t held, const _STLEntry* run, std::size_t count,
+                 GoesBehind goesBehind) {
+  std::size_t to = held + count;
+  Stretch stretch{to, 0};
+  while (count > 0) {
+    if (held > 0 && !goesBehind(run[count - 1].timestamp, data[held - 1].timestamp)) {
+      data[--to] = data[--held];
+    } else {
+      stretch.end = std::max(stretch.end, to);
+      data[--to] = run[--count];
+    }
+  }
+  stretch.begin = to;
+  return stretch;
+}
+
+// Whether a new entry goes behind a held one, by their times.
+constexpr auto goesBehindEqual = [](u64 fresh, u64 held) { return fresh >= held; };
+constexpr auto goesBeforeEqual = [](u64 fresh, u64 held) { return fresh > held; };
+
+// Whether new entries at the start of the spare room are in their place there.
+bool AreInPlace(const EntryArray& entries, std::size_t beforeCount, std::size_t behindCount) {
+  const _STLEntry* fresh = entries.end();
+  const _STLEntry* behind = fresh + beforeCount;
+  if (beforeCount > 0 && behindCount > 0 && !goesBehindEqual(behind->timestamp, behind[-1].timestamp))
+    return false;
+  if (entries.empty()) return true;
+  const u64 last = entries.back().timestamp;
+  return beforeCount > 0 ? goesBeforeEqual(fresh->timestamp, last) : goesBehindEqual(fresh->timestamp, last);
+}
+
+}  // namespace
+
+// All memory is obtained before anything changes.
+void _STLTaskLog::TakeNewEntries(std::size_t beforeCount, std::size_t behindCount) {
+  const std::size_t count = beforeCount + behindCount;
+  if (count == 0) return;
+  const std::size_t held = entries.size();
+  Stretch changed{held, held + count};
+  timeIndex_.Reserve(held + count);
+  _STLEntry* fresh = entries.end();
+  if (AreInPlace(entries, beforeCount, behindCount)) {
+    for (std::size_t i = 0; i < count; ++i) CountEntry(fresh[i]);
+  } else {
+    EntryArray copy;
+    const _STLEntry* aside = std::copy_n(fresh, count, copy.Spare(count)) - count;
+    for (std::size_t i = 0; i < count; ++i) CountEntry(aside[i]);
+    const Stretch behind = MergeRun(entries.begin(), held, aside + beforeCount, behindCount, goesBehindEqual);
+    const Stretch before = MergeRun(entries.begin(), held + behindCount, aside, beforeCount, goesBeforeEqual);
+    changed.begin = std::min(before.begin, behind.begin);
+    changed.end = std::max(before.end, behind.end + beforeCount);
+  }
+  entries.Extend(count);
+  FillInOldTasks(changed.begin, changed.end);
+  timeIndex_.Update(entries, changed.begin);
+}
+
+void _STLTaskLog::CountEntry(const _STLEntry& entry) {
+  const auto [first, second] = entry.slots;
+  ++entryCounts_.byType[entry.type];
+  if (first) ++first->entryCounts.byType[entry.type];
+  if (second && second != first) ++second->entryCounts.byType[entry.type];
+}
+
+void _STLTaskLog::SetRunning(_STLEntry& entry, _STLCategory* running) {
+  _STLCategory*& slot = entry.slots[1];
+  if (slot == running) return;
+  if (slot && slot != entry.slots[0]) --slot->entryCounts.byType[entry.type];
+  if (running && running != entry.slots[0]) ++running->entryCounts.byType[entry.type];
+  slot = running;
+}
+
+// The task running when the entry at `index` happened, for entries that were filled in before.
+_STLCategory* _STLTaskLog::RunningBefore(std::size_t index) const {
+  while (index-- > 0) {
+    const _STLEntry& entry = entries[index];
+    if (MaskHas(switches, entry.type)) return entry.slots[0];
+    if (MaskHas(events, entry.type)) return entry.slots[1];
+  }
+  return nullptr;
+}
+
+// Behind the new entries the first switch leads back to what was filled in before.
+void _STLTaskLog::FillInOldTasks(std::size_t from, std::size_t to) {
+  _STLCategory* running = RunningBefore(from);
+  for (std::size_t i = from; i < entries.size(); ++i) {
+    _STLEntry& entry = entries[i];
+    // A file may state the task that a switch ended, so only an empty slot is filled there.
+    if (MaskHas(events, entry.type) || !entry.slots[1]) SetRunning(entry, running);
+    if (!MaskHas(switches, entry.type)) continue;
+    running = entry.slots[0];
+    if (i >= to) return;
+  }
+}

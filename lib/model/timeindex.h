@@ -1,0 +1,33 @@
+// Finds the place of a timestamp in a log of any size within a few cache lines.
+#pragma once
+
+#include <vector>
+
+#include "model/entry.h"
+
+// A search tree without pointers over the timestamps of an EntryArray: level 0 holds the timestamp of every
+// 16th entry, each level above every 16th key of the one below, up to a level of at most 16 keys. A search
+// reads one block of 16 neighbours a level; a plain binary search of ten million entries waits for memory
+// some ten times. Costs less than 2 % of the entries' memory. Kept by the appends, never by a query, so that
+// queries may run side by side.
+class TimeIndex {
+ public:
+  // Makes room for `count` entries; throws bad_alloc, with the index as it was.
+  void Reserve(std::size_t count);
+  // Follows a change of the entries from index `from` on, for which room was made. Cannot fail.
+  void Update(const EntryArray& entries, std::size_t from);
+
+  // Index of the first entry at or after a timestamp, and of the first after it.
+  std::size_t LowerBound(const EntryArray& entries, u64 timestamp) const;
+  std::size_t UpperBound(const EntryArray& entries, u64 timestamp) const;
+
+ private:
+  static constexpr std::size_t fanout = 16;
+  static constexpr std::size_t maxLevels = 15;  // 16^15 entries fit into no memory
+
+  template <class IsBefore>
+  std::size_t Search(const EntryArray& entries, IsBefore isBefore) const;
+
+  std::vector<u64> levels_[maxLevels];
+  std::size_t levelCount_ = 0;
+};
