@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <utility>
 
 #include "model/free.h"
 #include "model/types.h"
@@ -95,15 +96,19 @@ class Sink {
   std::size_t used_ = 0;
 };
 
-// Little-endian integers in bytes.
+// Little-endian integers in bytes. Written without a loop, so that compilers make one instruction of them.
 template <class Integer>
 void StoreLE(u8* bytes, Integer value) {
-  for (std::size_t i = 0; i < sizeof value; ++i) bytes[i] = static_cast<u8>(u64{value} >> 8 * i);
+  [=]<std::size_t... i>(std::index_sequence<i...>) {
+    ((bytes[i] = static_cast<u8>(u64{value} >> 8 * i)), ...);
+  }
+  (std::make_index_sequence<sizeof value>());
 }
 
 template <class Integer>
 Integer LoadLE(const u8* bytes) {
-  u64 value = 0;
-  for (std::size_t i = sizeof(Integer); i-- > 0;) value = value << 8 | bytes[i];
-  return static_cast<Integer>(value);
+  return [=]<std::size_t... i>(std::index_sequence<i...>) {
+    return static_cast<Integer>(((u64{bytes[i]} << 8 * i) | ...));
+  }
+  (std::make_index_sequence<sizeof(Integer)>());
 }
