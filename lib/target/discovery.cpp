@@ -148,7 +148,8 @@ _STLCategory* _STLTaskLog::FindOrFetchCategory(u32 id, ETLLogType type, Acquisit
   _STLCategory* made = MakeCategory(kind, id);
   // A task of the placeholder's name was there, under an id that may now lead to another task or to none.
   if (kind == TLCatTask && categories.size() == known) acquisition.UpdateIds(categories);
-  ids.Add(id, made);
+  ids.Add(made->GetId(), made);
+  ids.Add(id, made);  // a timing issue's code that is not printable is not the id of its category
   return made;
 }
 
