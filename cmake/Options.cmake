@@ -2,6 +2,12 @@
 
 set(TASKLOG_SANITIZE "" CACHE STRING "Sanitizers to build with, such as address,undefined or thread")
 
+option(TASKLOG_FUZZ "Build the fuzz targets as fuzzers (clang)" OFF)
+
+option(TASKLOG_BENCH "Build the benchmarks" OFF)
+
+option(TASKLOG_COVERAGE "Count which branches of the library are taken" OFF)
+
 option(TASKLOG_LINT "Run clang-tidy on each file of the library that is compiled" OFF)
 
 set(CMAKE_C_STANDARD 11)
@@ -22,10 +28,16 @@ add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-con
 add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>)
 # g++ 12 sees an overlap where text is put before a std::string; there is none.
 add_compile_options($<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
+# Shared libraries name all that they need; but those built with clang leave its sanitizers to the program.
+set(TASKLOG_NO_UNDEFINED -Wl,--no-undefined)
 if(TASKLOG_SANITIZE)
+  set(TASKLOG_NO_UNDEFINED "")
   add_compile_options(-fsanitize=${TASKLOG_SANITIZE} -fno-sanitize-recover=all
                       -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${TASKLOG_SANITIZE})
+endif()
+if(TASKLOG_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
 if(CMAKE_BUILD_TYPE STREQUAL "Release")
   add_compile_options(-fstack-protector-strong -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)

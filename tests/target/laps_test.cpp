@@ -32,6 +32,9 @@ TEST(Laps, KeepTheBuffersOrderAtEqualTimes) {
   ExpectDecoded("equal records once", 1000,
                 Laps({{4, 1000, 1}, {4, 1000, 1}, {4, 1000, 2}, {0, 1000, 1}}, {{4, 1000, 2}}),
                 "1000 4 Idle -; 1000 4 Ctrl Idle; 1000 0 Idle Ctrl");
+  ExpectDecoded("equal records of the previous lap once", 1000,
+                Laps({}, {{4, 990, 1}, {4, 990, 1}, {2, 990, 1}, {4, 990, 1}, {4, 995, 2}}),
+                "990 2 Idle -; 990 4 Idle -; 995 4 Ctrl Idle");
 }
 
 TEST(Laps, ExtendTicksFromRecordToRecord) {

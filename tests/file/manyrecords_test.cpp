@@ -1,0 +1,111 @@
+// Files whose records are many of one time, far apart, out of order, or of many categories.
+#include <gtest/gtest.h>
+
+#include "support/logs.h"
+
+namespace {
+
+constexpr std::uint32_t many = 5000;  // more than are brought into order at once
+
+std::vector<FileRecord> Repeated(std::uint32_t count, FileRecord record) {
+  return std::vector<FileRecord>(count, record);
+}
+
+TEST(ManyRecords, OfOneTimeArePairedInTheOrderOfTheFile) {
+  // The first entries take both sides, the rest of A's stay without one.
+  std::vector<FileRecord> ofA = Repeated(many, {2, 0, 2000});
+  ofA.push_back({2, 0, 3000});
+  const FileSection b{"B", 0, 0, Repeated(many - 100, {5, 0, 2000})};
+  const LogPtr log = NewLog();
+  EXPECT_EQ(AppendBytes(log.get(), TaskFile({}, {{"A", 0, 0, ofA}, b})), 0u);
+  const TLCategory taskA = CategoryNamed(log.get(), "A");
+  const TLCategory taskB = CategoryNamed(log.get(), "B");
+  EXPECT_EQ(TLTaskLogGetEntriesCount(log.get(), nullptr, 0, 0, UINT64_MAX), many + 1);
+  EXPECT_EQ(TLTaskLogGetEntriesCount(log.get(), nullptr, 1 << TLLogSwitch0, 0, UINT64_MAX), many - 100);
+  EXPECT_EQ(TLTaskLogGetEntriesCount(log.get(), taskB, 0, 0, UINT64_MAX), many - 100);
+  EXPECT_EQ(TLTaskLogGetEntriesCount(log.get(), taskA, 1 << TLLogSwitch4, 0, UINT64_MAX), 101u);
+  const std::string dump = DumpEntries(log.get());
+  EXPECT_TRUE(dump.starts_with("2000 0 A B; 2000 0 A B")) << dump.substr(0, 100);
+  EXPECT_TRUE(dump.ends_with("2000 4 A A; 3000 4 A A")) << dump.substr(dump.size() - 100);
+}
+
+TEST(ManyRecords, OfNeighbouringTimesAreSorted) {
+  std::vector<FileRecord> even, odd;
+  std::string expected;
+  for (std::uint32_t i = 0; i < many; ++i) {
+    even.push_back({2, 0, 2000 + 2 * i});
+    odd.push_back({2, 0, 2001 + 2 * i});
+    expected += std::to_string(2000 + 2 * i) + " 4 Even " + (i == 0 ? "-; " : "Odd; ") +
+                std::to_string(2001 + 2 * i) + " 4 Odd Even; ";
+  }
+  const LogPtr log = NewLog();
+  const FileHeader header{.startTime = 1000, .stopTime = 99999};
+  EXPECT_EQ(AppendBytes(log.get(), TaskFile(header, {{"Odd", 0, 0, odd}, {"Even", 0, 0, even}})), 0u);
+  EXPECT_EQ(DumpEntries(log.get()) + "; ", expected);
+}
+
+// Times all over the 64-bit range, the last ones at its end.
+TEST(ManyRecords, FarApartAreSorted) {
+  std::vector<FileRecord> records;
+  std::string expected;
+  for (std::uint64_t i = 1; i <= 127; ++i) {
+    records.push_back({0, 0, i << 57});
+    records.push_back({0, 0, (i << 57) + 1});
+    expected += std::to_string(i << 57) + " 2 T -; " + std::to_string((i << 57) + 1) + " 2 T -; ";
+  }
+  records.push_back({0, 0, UINT64_MAX});
+  expected += std::to_string(UINT64_MAX) + " 2 T -; ";
+  const LogPtr log = NewLog();
+  EXPECT_EQ(AppendBytes(log.get(), TaskFile({}, {{"T", 0, 0, records}})), 0u);
+  EXPECT_EQ(DumpEntries(log.get()) + "; ", expected);
+}
+
+TEST(ManyRecords, OutOfOrderAreSortedAndKeepTheirOrderAtOneTime) {
+  // Falling times, two records of each; the section's first and last lie elsewhere.
+  std::vector<FileRecord> records = {{0, 0, 2}};
+  std::string expected = "1 2 T -; 2 2 T -";
+  for (std::uint64_t time = many; time > 2; --time) {
+    records.push_back({0, 0, time});
+    records.push_back({2, 0, time});
+  }
+  records.push_back({0, 0, 1});
+  for (std::uint64_t time = 3; time <= many; ++time) {
+    const std::string at = "; " + std::to_string(time);
+    expected += at + " 2 T " + (time == 3 ? "-" : "T") + at + " 4 T " + (time == 3 ? "-" : "T");
+  }
+  const LogPtr log = NewLog();
+  EXPECT_EQ(AppendBytes(log.get(), TaskFile({.startTime = 0, .stopTime = 9}, {{"T", 0, 0, records}})), 0u);
+  EXPECT_EQ(DumpEntries(log.get()), expected);
+}
+
+TEST(ManyRecords, OfOneTaskMayStandInSeveralSections) {
+  const LogPtr log = NewLog();
+  const std::vector<FileSection> sections = {
+      {"A", 1, 2, {{2, 7, 2000}}}, {"A", 1, 2, {{2, 8, 1500}}}, {"B", 1, 2, {{4, 9, 2000}}}};
+  EXPECT_EQ(AppendBytes(log.get(), TaskFile({}, sections)), 0u);
+  EXPECT_EQ(DumpEntries(log.get()), "1500 4 A -; 2000 4 A B");
+  EXPECT_EQ(DumpCategories(log.get()), "task A 1 2 id 9; task B 1 2 id 0");
+}
+
+TEST(ManyRecords, OfManyCategoriesFindTheirOwn) {
+  constexpr std::uint32_t kinds = 400;
+  std::vector<std::string> names;
+  for (std::uint32_t i = 0; i < kinds; ++i) names.push_back("n" + std::to_string(i / 2));  // each has two ids
+  std::vector<FileRecord> stamps, events;
+  std::string expected;
+  for (std::uint32_t i = 0; i < 2 * kinds; ++i) {
+    const std::string& name = names[i % kinds];
+    stamps.push_back({7, i % 2, 2000 + i, name.c_str()});
+    events.push_back({8, 0, 2000 + i, name.c_str()});
+    const std::string at = std::to_string(2000 + i);
+    expected += at + " 6 " + name + " -; " + at + " 7 " + name + " -; ";
+  }
+  const LogPtr log = NewLog();
+  EXPECT_EQ(AppendBytes(log.get(), TaskFile({}, {}, stamps, events)), 0u);
+  EXPECT_EQ(DumpEntries(log.get()) + "; ", expected);
+  EXPECT_EQ(TLTaskLogGetCategoriesCount(log.get(), TL_CATS_TESTPOINTS, nullptr), kinds);
+  EXPECT_EQ(TLTaskLogGetCategoriesCount(log.get(), TL_CATS_TIMING_ISSUES, nullptr), kinds / 2);
+  EXPECT_EQ(TLTaskLogGetCategoriesCount(log.get(), 0, "n199"), 3u);
+}
+
+}  // namespace

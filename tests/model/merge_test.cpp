@@ -1,0 +1,118 @@
+// New entries among those that a log holds: their order, the running tasks, the counts and the look-ups.
+#include <gtest/gtest.h>
+
+#include "model/model.h"
+#include "support/logs.h"
+
+namespace {
+
+// Entries of the task Ctrl, `step` ticks apart.
+std::vector<RingRecord> Row(std::uint64_t begin, std::uint64_t step, std::uint64_t count) {
+  std::vector<RingRecord> records;
+  for (std::uint64_t i = 0; i < count; ++i) records.push_back({4, begin + i * step, 2});
+  return records;
+}
+
+// Counts are kept, not taken: they must stay those of the entries that iterators yield.
+void ExpectTrueCounts(TLTaskLog log) {
+  for (const char* name : {"none", "Idle", "Ctrl", "Comm", "TP1", "STKO"}) {
+    const TLCategory category = CategoryNamed(log, name);
+    for (std::uint32_t type = 0; type < 15; ++type) {
+      const std::uint64_t mask = 1ull << type;
+      EXPECT_EQ(TLTaskLogGetEntriesCount(log, category, mask, 0, UINT64_MAX),
+                CountIn(DumpEntries(log, category, mask)))
+          << name << ' ' << type;
+    }
+  }
+}
+
+TEST(Merge, ChangesTheTasksThatWereRunningBehindIt) {
+  const LogPtr log = NewLog();
+  EXPECT_EQ(AppendRing(log.get(), RingWords(1000, {{4, 1000, 1},
+                                                   {6, 1010, 0x9000},
+                                                   {9, 1020, 1},
+                                                   {2, 1030, 2},
+                                                   {4, 1040, 3},
+                                                   {7, 1050, 0x53544B4F}})),
+            0u);
+  ExpectTrueCounts(log.get());
+  // Of the switch at 1040 the task before it stays as it was filled in.
+  EXPECT_EQ(AppendRing(log.get(), RingWords(1005, {{4, 1005, 2}, {2, 1025, 2}, {9, 1060, 1}, {2, 1070, 1}})),
+            0u);
+  EXPECT_EQ(DumpEntries(log.get()),
+            "1000 4 Idle -; 1005 4 Ctrl Idle; 1010 6 TP1 Ctrl; 1020 9 Idle Idle; 1025 2 Ctrl Ctrl; "
+            "1030 2 Ctrl Ctrl; 1040 4 Comm Idle; 1050 7 STKO Comm; 1060 9 Idle Comm; 1070 2 Idle Comm");
+  ExpectTrueCounts(log.get());
+  // What was running is looked up behind an entry that does not say.
+  EXPECT_EQ(AppendRing(log.get(), RingWords(1080, {{12, 1080, 2}})), 0u);
+  EXPECT_EQ(AppendRing(log.get(), RingWords(1090, {{2, 1090, 2}})), 0u);
+  EXPECT_EQ(DumpEntries(log.get(), nullptr, anyType, 1080), "1080 12 Ctrl Comm; 1090 2 Ctrl Comm");
+  ExpectTrueCounts(log.get());
+}
+
+TEST(Merge, PlacesManyBetweenMany) {
+  const LogPtr log = NewLog();
+  EXPECT_EQ(AppendRing(log.get(), RingWords(10000, Row(10000, 20, 3000))), 0u);
+  EXPECT_EQ(AppendRing(log.get(), RingWords(10010, Row(10010, 20, 3000))), 0u);
+  EXPECT_EQ(AppendRing(log.get(), RingWords(30005, Row(30005, 10, 100))), 0u);
+  std::uint64_t last = 0;
+  const TLEntryIterator iterator = TLTaskLogGetEntries(log.get(), nullptr, 0, 0, UINT64_MAX);
+  while (const TLEntry entry = TLEntryIteratorNext(iterator)) {
+    EXPECT_GT(TLEntryGetTimestamp(entry), last);
+    last = TLEntryGetTimestamp(entry);
+  }
+  TLEntryIteratorDestroy(iterator);
+  // Every range that begins or ends at one of the last row, or beside it.
+  for (std::uint64_t i = 0; i < 100; ++i) {
+    const std::uint64_t at = 30005 + 10 * i;
+    const auto count = [&](std::uint64_t from, std::uint64_t to) {
+      return TLTaskLogGetEntriesCount(log.get(), nullptr, 0, from, to);
+    };
+    EXPECT_EQ(count(10001, at), 2000 + 2 * i + 1);
+    EXPECT_EQ(count(10001, at - 1), 2000 + 2 * i);
+    EXPECT_EQ(count(at, 69989), 4098 - 2 * i);
+    EXPECT_EQ(count(at + 1, 69989), 4097 - 2 * i);
+    EXPECT_EQ(count(at, at), 1u);
+  }
+}
+
+TEST(LookUp, IsRightInLogsOfAnySize) {
+  for (const std::uint64_t size : {1, 2, 15, 16, 17, 255, 256, 257, 4095, 4096, 4097, 4369}) {
+    const LogPtr log = NewLog();
+    EXPECT_EQ(AppendRing(log.get(), RingWords(1000, Row(1000, 10, size))), 0u);
+    for (std::uint64_t i = 0; i<size; i += size> 300 ? 7 : 1) {
+      const std::uint64_t at = 1000 + 10 * i;
+      const auto count = [&](std::uint64_t from, std::uint64_t to) {
+        return TLTaskLogGetEntriesCount(log.get(), nullptr, 0, from, to);
+      };
+      ASSERT_EQ(count(at, UINT64_MAX), size - i) << size;
+      ASSERT_EQ(count(at + 1, UINT64_MAX), size - i - 1) << size;
+      ASSERT_EQ(count(0, at), i + 1) << size;
+      ASSERT_EQ(count(0, at - 1), i) << size;
+    }
+  }
+}
+
+TEST(Counts, OfAnotherLogsCategoryAre0) {
+  const LogPtr log = NewLog();
+  EXPECT_EQ(AppendRing(log.get(), RingWords(1000, {{4, 1000, 1}, {4, 1010, 2}})), 0u);
+  const LogPtr other = NewLog();
+  EXPECT_EQ(AppendBytes(other.get(), TaskFile({}, {{"A"}, {"B"}, {"C"}, {"D"}, {"E"}, {"F"}, {"G"}})), 0u);
+  for (const char* name : {"A", "G"})  // a place that a category of the log has, and one that none has
+    EXPECT_EQ(TLTaskLogGetEntriesCount(log.get(), CategoryNamed(other.get(), name), 0, 0, UINT64_MAX), 0u);
+}
+
+TEST(Memory, TakenForRecordsThatAddNothingIsGivenBack) {
+  constexpr std::size_t slots = 200'000;
+  const LogPtr log = NewLog();
+  EXPECT_EQ(AppendRing(log.get(), RingWords(1000, std::vector<RingRecord>(slots, {4, 1000, 1}))), 0u);
+  EXPECT_EQ(DumpEntries(log.get()), "1000 4 Idle -");
+  EXPECT_LT(log->entries.SpareSize(), slots / 2);
+  const FileSection section{"A", 0, 0, std::vector<FileRecord>(slots, {1, 0, 5000})};
+  const FileSection other{"B", 0, 0, std::vector<FileRecord>(slots - 1, {4, 0, 5000})};
+  EXPECT_EQ(AppendBytes(log.get(), TaskFile({.stopTime = 6000}, {section, other})), 0u);
+  EXPECT_EQ(log->entries.size(), slots + 1);
+  EXPECT_LT(log->entries.SpareSize(), slots);
+}
+
+}  // namespace
