@@ -1,0 +1,67 @@
+// A log of the library and the model of it, led through the same operations. Each operation is a check: both
+// give the same status, call the target alike, report the same progress and write the same bytes.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "support/dump.h"
+#include "support/plainlog.h"
+#include "support/taskfile.h"
+
+namespace fuzz {
+
+// A target in force while this lives, and the calls that it has answered by now, as text.
+class Connection {
+ public:
+  virtual ~Connection() = default;
+  virtual const std::vector<std::string>& Calls() const = 0;
+};
+
+// Opened anew for the library and for the model, so that both meet the same target.
+using Connect = std::function<std::unique_ptr<Connection>()>;
+
+// How a target is asked.
+struct Request {
+  std::string target = "ctl";
+  std::int32_t kernel = -1;
+  bool reports = true;                  // with a progress callback
+  std::optional<std::size_t> cancelAt;  // the report, counted from 0, that cancels
+};
+
+// What a query asks for. A category is named by its place in the log; none means any.
+struct Question {
+  std::optional<std::size_t> category;
+  std::uint64_t types = 0;
+  std::uint64_t from = 0;
+  std::uint64_t to = UINT64_MAX;
+};
+
+class Mirror {
+ public:
+  std::uint32_t AppendFromTarget(const Connect& connect, const Request& request);
+  std::uint32_t AppendFromFile(const Bytes& file);
+  Bytes Save() const;
+
+  // The entries and their count, for each question.
+  void Ask(const std::vector<Question>& questions) const;
+  void AskForCategories(std::uint64_t kinds, const char* name) const;
+  // A round of questions around the entries that the log holds.
+  void AskAround() const;
+
+  // Both hold the same times, categories and entries, and the entries lie in time order.
+  void RequireSame() const;
+
+  const plain::Log& Model() const { return model_; }
+
+ private:
+  std::vector<TLCategory> Handles(std::uint64_t kinds = 0, const char* name = nullptr) const;
+
+  LogPtr library_ = NewLog();
+  plain::Log model_;
+};
+
+}  // namespace fuzz

@@ -1,0 +1,129 @@
+// The input is a scenario file. Either the parser refuses it with one line, or a simulated controller runs it
+// for a few steps and its loggers are read.
+#include <algorithm>
+
+#include "check.h"
+#include "mirror.h"
+#include "parser.h"
+#include "status.h"
+#include "targets.h"
+
+namespace {
+
+sim::Controller* current = nullptr;
+
+// Time passes by this much with every contact when the scenario is on the wall clock.
+constexpr std::uint64_t contactNs = 1'000'000;
+
+// A controller on a clock of its own.
+class SimController {
+ public:
+  explicit SimController(const sim::Scenario& scenario)
+      : controller_(scenario, sim::StateStore(), [this] { return nowNs_ += contactNs; }) {}
+
+  void PutInForce() { current = &controller_; }
+
+ private:
+  std::uint64_t nowNs_ = 0;
+  sim::Controller controller_;
+};
+
+class SimConnection : public fuzz::Connection {
+ public:
+  explicit SimConnection(SimController& controller) { controller.PutInForce(); }
+  const std::vector<std::string>& Calls() const override { return noCalls_; }
+
+ private:
+  std::vector<std::string> noCalls_;
+};
+
+std::optional<sim::Scenario> Parsed(const std::string& text) {
+  try {
+    return sim::ParseScenario(text, "fuzz.toml");
+  } catch (const sim::Failure& failure) {
+    fuzz::Require(failure.status == sim::badScenario, "a refused scenario has the code for that");
+    fuzz::Require(failure.text.starts_with("fuzz.toml:"), "the message says where the mistake is");
+    const auto isControl = [](unsigned char c) { return c < 0x20; };
+    fuzz::Require(std::none_of(failure.text.begin(), failure.text.end(), isControl), "a message is one line");
+    return std::nullopt;
+  }
+}
+
+// The shortest time that anything which a task does again and again takes.
+std::uint64_t ShortestNs(const sim::Task& task) {
+  std::uint64_t shortest = task.runNs == 0 ? UINT64_MAX : task.runNs - task.jitterNs;
+  for (const std::uint64_t ns : {task.sliceNs, task.periodNs}) {
+    if (ns > 0) shortest = std::min(shortest, ns);
+  }
+  for (const sim::Action& action : task.actions) {
+    if (action.kind == sim::Action::Kind::wait) shortest = std::min(shortest, action.lastsNs);
+  }
+  return shortest;
+}
+
+// Whether a few steps of it are soon done.
+bool IsQuick(const sim::Scenario& scenario) {
+  const std::uint64_t stepNs = scenario.stepped ? scenario.stepNs : 20 * contactNs;
+  const auto span = static_cast<double>(std::uint64_t{1} << scenario.tickBits);
+  double records =
+      static_cast<double>(stepNs) / 1e9 * static_cast<double>(scenario.Clock().ticksPerSecond) / span;
+  std::size_t slots = 0;
+  for (const sim::CoreSpec& core : scenario.cores) {
+    slots += core.slotCount;
+    for (const sim::Task& task : core.tasks) {
+      records += static_cast<double>(stepNs) / static_cast<double>(ShortestNs(task)) *
+                 static_cast<double>(task.actions.size() + 2);
+    }
+  }
+  return slots <= 2000 && records <= 5000;
+}
+
+// The library and the model read a controller each, as reading moves a stepped clock on.
+void ReadTwice(const sim::Scenario& scenario) {
+  SimController forLibrary(scenario);
+  SimController forModel(scenario);
+  for (SimController* controller : {&forLibrary, &forModel}) {
+    controller->PutInForce();
+    for (const sim::CoreSpec& core : scenario.cores) {
+      const bool named = core.number > 0 && core.number < 9;
+      TLStartLog(named ? ("sim/@" + std::to_string(core.number)).c_str() : "sim", "");
+    }
+  }
+  fuzz::Mirror log;
+  for (int round = 0; round < 2; ++round) {
+    for (const sim::CoreSpec& core : scenario.cores) {
+      bool library = false;
+      const auto connect = [&] {
+        library = !library;
+        return std::make_unique<SimConnection>(library ? forLibrary : forModel);
+      };
+      fuzz::Request request;
+      request.target = "sim";
+      request.kernel = core.number;
+      log.AppendFromTarget(connect, request);
+      log.RequireSame();
+    }
+  }
+  log.Save();
+}
+
+}  // namespace
+
+// In place of the simulator's own, which keeps every controller that it ever connected to.
+sim::Connection sim::Connect(std::string_view target) {
+  fuzz::Require(current != nullptr, "a controller is in force");
+  const std::size_t suffix = target.find("/@");
+  Controller::Kernel kernel;
+  if (suffix != std::string_view::npos) {
+    kernel = static_cast<std::uint32_t>(std::stoul(std::string(target.substr(suffix + 2))));
+  }
+  return {std::shared_ptr<Controller>(std::shared_ptr<Controller>(), current), kernel};
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  auto scenario = Parsed(std::string(reinterpret_cast<const char*>(data), size));
+  if (!scenario || !IsQuick(*scenario)) return 0;
+  for (sim::Fault& fault : scenario->faults) fault.delayNs = 0;
+  ReadTwice(*scenario);
+  return 0;
+}
