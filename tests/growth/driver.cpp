@@ -1,0 +1,149 @@
+// Runs each operation at several sizes and lets callgrind count the instructions of the operation alone.
+// Every count is dumped under "operation/entries/tasks". Run by growth_test.
+#include <tasklog/tasklog.h>
+#include <unistd.h>
+#include <valgrind/callgrind.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <string>
+#include <type_traits>
+
+#include "controller.h"
+#include "ring.h"
+#include "sizes.h"
+
+namespace growth {
+namespace {
+
+struct Destroy {
+  void operator()(TLTaskLog log) const { TLTaskLogDestroy(log); }
+};
+using Log = std::unique_ptr<std::remove_pointer_t<TLTaskLog>, Destroy>;
+
+void Check(std::uint32_t status) {
+  if (status == TL_OK) return;
+  std::fprintf(stderr, "an operation failed with status 0x%X\n", status);
+  std::exit(1);
+}
+
+Log NewLog() {
+  TLTaskLog log = nullptr;
+  Check(TLTaskLogCreate(&log));
+  return Log(log);
+}
+
+void Acquire(const Log& log, std::int32_t kernel) {
+  Check(TLTaskLogAppendFromTarget(log.get(), "bench", kernel, nullptr, nullptr));
+}
+
+void SetController(Setting setting, std::uint32_t kernel) {
+  bench::TheController() = {setting.taskCount,
+                            bench::FullRing(bench::MakeRecords(setting.taskCount, kernel, setting.entries))};
+}
+
+Log FilledLog(Setting setting) {
+  SetController(setting, 1);
+  Log log = NewLog();
+  Acquire(log, 1);
+  return log;
+}
+
+template <class Operation>
+void Count(const char* name, Setting setting, Operation operation) {
+  const std::string label = LabelOf(name, setting);
+  CALLGRIND_START_INSTRUMENTATION;
+  CALLGRIND_ZERO_STATS;
+  operation();
+  CALLGRIND_DUMP_STATS_AT(label.c_str());
+  CALLGRIND_STOP_INSTRUMENTATION;
+}
+
+void CountAppends(Setting setting) {
+  SetController(setting, 1);
+  const Log log = NewLog();
+  Count("acquire", setting, [&] { Acquire(log, 1); });
+  Count("read again", setting, [&] { Acquire(log, 1); });
+  SetController(setting, 2);
+  Count("merge", setting, [&] { Acquire(log, 2); });
+}
+
+void CountFiles(Setting setting, const char* path) {
+  const Log log = FilledLog(setting);
+  Count("save", setting, [&] { Check(TLTaskLogSaveAsFile(log.get(), path)); });
+  const Log loaded = NewLog();
+  Count("load", setting, [&] { Check(TLTaskLogAppendFromFile(loaded.get(), path)); });
+}
+
+// Several polls, of which each brings some records of what the buffer holds.
+void CountPolls(Setting setting) {
+  constexpr std::size_t polls = 8;
+  constexpr std::size_t slotCount = 512;
+  constexpr std::size_t newRecords = 64;
+  const auto records = bench::MakeRecords(setting.taskCount, 1, setting.entries + polls * newRecords);
+  const std::span<const bench::Record> all(records);
+  bench::TheController() = {setting.taskCount, bench::FullRing(all.first(setting.entries))};
+  const Log log = NewLog();
+  Acquire(log, 1);
+  std::vector<std::vector<std::uint32_t>> rings;
+  for (std::size_t poll = 1; poll <= polls; ++poll) {
+    const std::size_t written = setting.entries + poll * newRecords;
+    rings.push_back(bench::RingOf(all.subspan(written - slotCount + 1, slotCount - 1), slotCount, written));
+  }
+  Count("poll", setting, [&] {
+    for (std::vector<std::uint32_t>& ring : rings) {
+      bench::TheController().ring.swap(ring);
+      Acquire(log, 1);
+    }
+  });
+}
+
+void CountQueries(Setting setting) {
+  const Log log = FilledLog(setting);
+  TLTaskLog handle = log.get();
+  TLCategoryIterator categories = TLTaskLogGetCategories(handle, TL_CATS_TASKS, "Task003");
+  const TLCategory task = TLCategoryIteratorNext(categories);
+  TLCategoryIteratorDestroy(categories);
+  std::uint64_t sum = 0;
+  Count("count a type", setting,
+        [&] { sum += TLTaskLogGetEntriesCount(handle, nullptr, TL_LOGS_TESTPOINTS, 0, UINT64_MAX); });
+  Count("count a category", setting,
+        [&] { sum += TLTaskLogGetEntriesCount(handle, task, 0, 0, UINT64_MAX); });
+  const std::uint64_t start = TLTaskLogGetStartTime(handle);
+  const std::uint64_t length = TLTaskLogGetStopTime(handle) - start;
+  constexpr std::uint64_t lookUps = 64;
+  Count("look up a range", setting, [&] {
+    for (std::uint64_t i = 0; i < lookUps; ++i) {
+      const std::uint64_t from = start + 1 + length * i / lookUps;
+      sum += TLTaskLogGetEntriesCount(handle, nullptr, 0, from, from + 1000);
+    }
+  });
+  Count("iterate", setting, [&] {
+    TLEntryIterator iterator = TLTaskLogGetEntries(handle, nullptr, 0, 0, UINT64_MAX);
+    while (TLEntry entry = TLEntryIteratorNext(iterator)) sum += TLEntryGetTimestamp(entry);
+    TLEntryIteratorDestroy(iterator);
+  });
+  if (sum == 0) Check(TLErrFileInvalid);  // there are testpoints, so something is wrong
+}
+
+int Run() {
+  char path[] = "/tmp/growth-XXXXXX";
+  const int file = mkstemp(path);
+  if (file < 0) return 1;
+  close(file);
+  for (const Setting setting : linearSettings) {
+    CountAppends(setting);
+    CountFiles(setting, path);
+  }
+  for (const Setting setting : flatSettings) {
+    CountPolls(setting);
+    CountQueries(setting);
+  }
+  return unlink(path);
+}
+
+}  // namespace
+}  // namespace growth
+
+int main() { return growth::Run(); }

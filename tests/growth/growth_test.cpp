@@ -1,0 +1,70 @@
+// Work that grows faster than docs/performance.md claims turns a fast operation into a slow one only on logs
+// that no test has. So the instructions of each operation are counted at several sizes, and their growth is
+// compared with the claim; that does not depend on the clock or on what else the machine does.
+#include <gtest/gtest.h>
+
+#include "growth/counts.h"
+#include "growth/sizes.h"
+
+namespace growth {
+namespace {
+
+class Growth : public testing::Test {
+ protected:
+  static void SetUpTestSuite() { counts_ = CountInstructions(); }
+  static double CountOf(const std::string& operation, std::size_t entries, std::uint32_t taskCount) {
+    const auto count = counts_.find(LabelOf(operation, {entries, taskCount}));
+    if (count == counts_.end()) throw std::runtime_error("not counted: " + operation);
+    return count->second;
+  }
+  // Instructions an entry between two sizes, so that what an operation costs at any size is left out.
+  static double PerEntry(const std::string& operation, std::size_t from, std::size_t to,
+                         std::uint32_t taskCount) {
+    return (CountOf(operation, to, taskCount) - CountOf(operation, from, taskCount)) /
+           static_cast<double>(to - from);
+  }
+
+ private:
+  static inline std::map<std::string, double> counts_;
+};
+
+constexpr const char* linear[] = {"acquire", "read again", "merge", "save", "load"};
+
+TEST_F(Growth, IsLinearWithTheEntries) {
+  for (const char* operation : linear) {
+    for (const std::uint32_t tasks : {8u, 512u}) {
+      SCOPED_TRACE(LabelOf(operation, {smallest, tasks}));
+      const double lower = PerEntry(operation, smallest, 2 * smallest, tasks);
+      const double upper = PerEntry(operation, 2 * smallest, 4 * smallest, tasks);
+      EXPECT_NEAR(upper / lower, 1.0, 0.1) << lower << " instructions an entry become " << upper;
+    }
+  }
+  const double ratio = CountOf("iterate", many, 64) / CountOf("iterate", few, 64);
+  EXPECT_NEAR(ratio / (many / few), 1.0, 0.1);
+}
+
+TEST_F(Growth, OfAnEntryDoesNotDependOnTheTasks) {
+  for (const char* operation : linear) {
+    SCOPED_TRACE(operation);
+    const double withFew = PerEntry(operation, smallest, 4 * smallest, 8);
+    const double withMany = PerEntry(operation, smallest, 4 * smallest, 512);
+    EXPECT_NEAR(withMany / withFew, 1.0, 0.1) << withFew << " instructions an entry become " << withMany;
+  }
+}
+
+TEST_F(Growth, OfPollsAndCountsDoesNotDependOnWhatIsHeld) {
+  for (const char* operation : {"poll", "count a type", "count a category"}) {
+    SCOPED_TRACE(operation);
+    EXPECT_NEAR(CountOf(operation, many, 64) / CountOf(operation, few, 64), 1.0, 0.1);
+  }
+}
+
+// Sixteen times the entries are one more level to look at, of four.
+TEST_F(Growth, OfALookUpIsLogarithmic) {
+  const double ratio = CountOf("look up a range", many, 64) / CountOf("look up a range", few, 64);
+  EXPECT_GT(ratio, 0.9);
+  EXPECT_LT(ratio, 1.5);
+}
+
+}  // namespace
+}  // namespace growth
