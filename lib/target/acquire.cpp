@@ -5,6 +5,7 @@
 #include <memory>
 #include <new>
 
+#include "model/block.h"
 #include "model/free.h"
 #include "target/access.h"
 #include "target/acquisition.h"
@@ -44,6 +45,7 @@ class Ring {
   void Resize(u32 wordCount) {
     words_.reset(static_cast<u32*>(std::calloc(wordCount, sizeof(u32))));
     if (!words_) throw std::bad_alloc();
+    PreferLargePages(words_.get(), wordCount * sizeof(u32));
     wordCount_ = wordCount;
   }
   u32* Words() { return words_.get(); }
