@@ -12,11 +12,11 @@ constexpr u64 allTypes = TL_LOGS_ALL;
 // A bound that does not cut into the period is not applied: entries that lie outside the period, possible
 // after an append from a file, are part of a query that reaches its end.
 _STLTaskLog::EntryRange _STLTaskLog::SelectTimeRange(u64 from, u64 to) const {
-  EntryRange range{entries.begin(), entries.end()};
-  if (startTime < from) range.begin += timeIndex_.LowerBound(entries, from);
-  if (stopTime > to) range.end = entries.begin() + timeIndex_.UpperBound(entries, to);
-  range.end = std::max(range.begin, range.end);
-  return range;
+  std::size_t begin = 0;
+  std::size_t end = entries.size();
+  if (startTime < from) begin = timeIndex_.LowerBound(entries, from);
+  if (stopTime > to) end = timeIndex_.UpperBound(entries, to, begin);
+  return {entries.begin() + begin, entries.begin() + end};
 }
 
 _STLEntryIterator* _STLTaskLog::GetEntries(const _STLCategory* category, u64 types, u64 from, u64 to) const {

@@ -4,9 +4,9 @@
 #include <algorithm>
 
 void TimeIndex::Reserve(std::size_t count) {
-  for (std::vector<u64>& level : levels_) {
+  for (GrowingArray<u64>& level : levels_) {
     count = (count + fanout - 1) / fanout;
-    if (level.capacity() < count) level.reserve(count + count / 4);
+    level.Spare(count - level.size());
     if (count <= fanout) return;
   }
 }
@@ -15,10 +15,10 @@ void TimeIndex::Update(const EntryArray& entries, std::size_t from) {
   std::size_t count = entries.size();
   levelCount_ = 0;
   do {
-    std::vector<u64>& level = levels_[levelCount_];
+    GrowingArray<u64>& level = levels_[levelCount_];
     count = (count + fanout - 1) / fanout;
-    from /= fanout;
-    level.resize(count);
+    from = std::min(from / fanout, level.size());  // a level that is new is made from its start
+    level.Extend(count - level.size());
     for (std::size_t i = from; i < count; ++i)
       level[i] = levelCount_ == 0 ? entries[i * fanout].timestamp : levels_[levelCount_ - 1][i * fanout];
     ++levelCount_;
@@ -32,7 +32,7 @@ template <class IsBefore>
 std::size_t TimeIndex::Search(const EntryArray& entries, IsBefore isBefore) const {
   std::size_t block = 0;
   for (std::size_t i = levelCount_; i-- > 0;) {
-    const std::vector<u64>& level = levels_[i];
+    const GrowingArray<u64>& level = levels_[i];
     const std::size_t begin = block * fanout;
     const std::size_t end = std::min(begin + fanout, level.size());
     std::size_t before = 0;
@@ -51,6 +51,10 @@ std::size_t TimeIndex::LowerBound(const EntryArray& entries, u64 timestamp) cons
   return Search(entries, [=](u64 other) { return other < timestamp; });
 }
 
-std::size_t TimeIndex::UpperBound(const EntryArray& entries, u64 timestamp) const {
-  return Search(entries, [=](u64 other) { return other <= timestamp; });
+std::size_t TimeIndex::UpperBound(const EntryArray& entries, u64 timestamp, std::size_t first) const {
+  // The ends of a short period lie side by side.
+  const std::size_t near = std::min(first + fanout, entries.size());
+  for (std::size_t i = first; i < near; ++i)
+    if (entries[i].timestamp > timestamp) return i;
+  return std::max(first, Search(entries, [=](u64 other) { return other <= timestamp; }));
 }

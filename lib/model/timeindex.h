@@ -1,8 +1,6 @@
 // Finds the place of a timestamp in a log of any size within a few cache lines.
 #pragma once
 
-#include <vector>
-
 #include "model/entry.h"
 
 // A search tree without pointers over the timestamps of an EntryArray: level 0 holds the timestamp of every
@@ -17,9 +15,10 @@ class TimeIndex {
   // Follows a change of the entries from index `from` on, for which room was made. Cannot fail.
   void Update(const EntryArray& entries, std::size_t from);
 
-  // Index of the first entry at or after a timestamp, and of the first after it.
+  // Index of the first entry at or after a timestamp.
   std::size_t LowerBound(const EntryArray& entries, u64 timestamp) const;
-  std::size_t UpperBound(const EntryArray& entries, u64 timestamp) const;
+  // Index of the first entry after a timestamp, `first` or behind it.
+  std::size_t UpperBound(const EntryArray& entries, u64 timestamp, std::size_t first) const;
 
  private:
   static constexpr std::size_t fanout = 16;
@@ -28,6 +27,6 @@ class TimeIndex {
   template <class IsBefore>
   std::size_t Search(const EntryArray& entries, IsBefore isBefore) const;
 
-  std::vector<u64> levels_[maxLevels];
+  GrowingArray<u64> levels_[maxLevels];
   std::size_t levelCount_ = 0;
 };
