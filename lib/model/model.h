@@ -114,19 +114,23 @@ struct _STLEntryIterator {
     const _STLCategory* category;  // null matches all
     u64 types;
     bool operator()(const _STLEntry& entry) const {
-      return (!category || entry.slots[0] == category || entry.slots[1] == category) &&
-             MaskHas(types, entry.type);
+      if (!MaskHas(types, entry.type)) return false;
+      if (!category) [[likely]]
+        return true;
+      return entry.slots[0] == category || entry.slots[1] == category;
     }
   };
 
   _STLEntryIterator(Position begin, Position end, Matches matches)
       : current_(begin), end_(end), matches_(matches) {}
-  // The next match, null once there is none. Inline, for hosts call it once an entry.
+  // The next match, null once there is none. Hosts call it once an entry: mostly it goes straight through.
   const _STLEntry* Next() {
-    while (current_ != end_) {
+    if (current_ == end_) return nullptr;
+    do {
       const _STLEntry* entry = current_++;
-      if (matches_(*entry)) return entry;
-    }
+      if (matches_(*entry)) [[likely]]
+        return entry;
+    } while (current_ != end_);
     return nullptr;
   }
 
@@ -136,6 +140,7 @@ struct _STLEntryIterator {
   Matches matches_;
 };
 
+class CrowdedTime;
 class Source;
 
 struct _STLTaskLog {
@@ -176,7 +181,8 @@ struct _STLTaskLog {
   // Adds a record of two words to the new entries, unless an equal entry is there; true for a marker record.
   bool AddEntry(const u32* record, bool forward, Acquisition& acquisition);
   // Whether there is an entry, held or new, for a record of this type, time and id.
-  bool IsHeld(ETLLogType type, u64 time, u32 id, Acquisition& acquisition) const;
+  bool IsHeld(ETLLogType type, u64 time, u32 id, bool forward, Acquisition& acquisition) const;
+  [[gnu::cold]] bool IsInCrowd(ETLLogType type, u32 id, const CrowdedTime& crowd) const;
   // The category that a record of this type and id is about, fetched or made when the log has none.
   _STLCategory* FindOrFetchCategory(u32 id, ETLLogType type, Acquisition& acquisition);
 

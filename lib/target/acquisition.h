@@ -26,6 +26,11 @@ struct _STLTaskLog::Acquisition {
     }
     return added.AnyAt(timestamp, visit);
   }
+  // For a time of which there are many entries.
+  [[gnu::cold]] void BeginCrowd(u64 timestamp) {
+    crowdedTime.Begin(timestamp);
+    AnyAt(timestamp, [this](const _STLEntry& entry) { return crowdedTime.Add(entry), false; });
+  }
   // The categories, or their ids, have changed.
   void UpdateIds(const std::vector<_STLCategory*>& all) {
     ids.Build(all);

@@ -30,12 +30,15 @@ class NewEntries {
     return AnyIn(backward_, middle_, timestamp, matches) || AnyIn(middle_, forward_, timestamp, matches);
   }
 
-  // Adds an entry; throws bad_alloc only where the order of time is broken.
-  _STLEntry* Add(const _STLEntry& entry, bool forward) {
-    if (ordered_ && BreaksOrder(entry.timestamp, forward)) FileInMap();
+  // Adds an entry about nothing yet; throws bad_alloc only where the order of time is broken.
+  _STLEntry* Add(ETLLogType type, u64 timestamp, bool forward) {
+    if (ordered_ && BreaksOrder(timestamp, forward)) FileInMap();
     _STLEntry* place = forward ? forward_++ : --backward_;
-    *place = entry;
-    if (!ordered_) byTime_.emplace(entry.timestamp, place);
+    // Field by field: a copy of an entry just made waits until all of its fields are stored.
+    place->type = type;
+    place->timestamp = timestamp;
+    place->slots[0] = place->slots[1] = nullptr;
+    if (!ordered_) byTime_.emplace(timestamp, place);
     return place;
   }
 
