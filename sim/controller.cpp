@@ -44,7 +44,8 @@ double Controller::CallProcedure(std::string_view name) {
   if (!unit || member != "Start()") {
     throw Failure{noSuchProcedure, fmt::format("The controller has no procedure '{}'", name)};
   }
-  MeetNow();
+  const StateLock held = store_.Lock();  // what another process starts meanwhile must not be lost
+  TakeContact();
   RequireTrigger(unit->spec, unit->trigger);
   StartLogger(*unit, nowNs_, unit->trigger);
   Remember(true);
@@ -90,8 +91,14 @@ const Task& Controller::TaskById(uint32_t id) const {
 
 // ---- Time ----
 
-// Takes the time of a contact. On the wall clock this is also where another process's doings are noticed.
 void Controller::MeetNow() {
+  if (scenario_.stepped) return;
+  const StateLock lock = store_.Lock();
+  TakeContact();
+}
+
+// Takes the time of a contact. On the wall clock this is also where another process's doings are noticed.
+void Controller::TakeContact() {
   if (scenario_.stepped) return;
   const auto state = store_.Load();  // before the time is taken, so that none in it lies ahead
   const uint64_t wallNs = wallNs_();

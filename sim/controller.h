@@ -75,6 +75,7 @@ class Controller {
   std::optional<Value> LoggerVariable(std::string_view name);
 
   void MeetNow();
+  void TakeContact();  // with the state locked
   bool IsOurs(const RunState& state, uint64_t wallNs) const;
   void PowerOn(uint64_t wallNs);
   void Adopt(const RunState& state, uint64_t wallNs);

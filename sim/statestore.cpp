@@ -1,9 +1,12 @@
 #include "statestore.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -74,6 +77,20 @@ StateStore StateStore::For(const Scenario& scenario) {
   return StateStore(
       fmt::format("{}/{}-{:016x}{:016x}", folder, name.substr(0, 100), place, scenario.contentHash));
 }
+
+// The folder is locked, not the file, which every Save() replaces by another.
+StateLock::StateLock(const std::string& folder) {
+  if (folder.empty()) return;
+  fd_ = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  while (fd_ >= 0 && flock(fd_, LOCK_EX) != 0 && errno == EINTR) {
+  }
+}
+
+StateLock::~StateLock() {
+  if (fd_ >= 0) close(fd_);
+}
+
+StateLock StateStore::Lock() const { return StateLock(std::filesystem::path(path_).parent_path().string()); }
 
 std::optional<RunState> StateStore::Load() const {
   if (path_.empty()) return std::nullopt;

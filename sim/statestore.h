@@ -23,6 +23,19 @@ struct RunState {
   std::vector<StartedLogger> loggers;
 };
 
+// While this lives no other process that uses the store comes between a Load() and the Save() behind it.
+class StateLock {
+ public:
+  // Without a folder nothing is locked.
+  explicit StateLock(const std::string& folder);
+  ~StateLock();
+  StateLock(const StateLock&) = delete;
+  StateLock& operator=(const StateLock&) = delete;
+
+ private:
+  int fd_ = -1;
+};
+
 class StateStore {
  public:
   // Keeps nothing.
@@ -31,6 +44,8 @@ class StateStore {
 
   // The store of a scenario; one that keeps nothing when there is no folder to keep it in.
   static StateStore For(const Scenario& scenario);
+
+  StateLock Lock() const;
 
   // Nothing when there is no file, or when it is not one of ours.
   std::optional<RunState> Load() const;

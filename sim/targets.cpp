@@ -4,10 +4,10 @@
 
 #include <charconv>
 #include <chrono>
+#include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <map>
-#include <sstream>
+#include <memory>
 
 #include "builtins.h"
 #include "nearest.h"
@@ -57,19 +57,24 @@ const Builtin* FindBuiltin(std::string_view name) {
                             list, Suggestion(name, names))};
 }
 
+[[noreturn]] void RefuseFile(const std::string& path, const char* expected) {
+  throw Failure{badScenario, fmt::format("{}: expected {}", path, expected)};
+}
+
+// Read to its end whatever size it claims, so that an error on the way is not taken for the end.
 std::string ReadScenario(const std::string& path) {
-  constexpr uintmax_t largestFile = 4 << 20;
+  constexpr size_t largestFile = 4 << 20;
   std::error_code error;
   const auto type = fs::status(path, error).type();
   if (type == fs::file_type::not_found) RefuseName(path);
-  if (type != fs::file_type::regular || fs::file_size(path, error) > largestFile) {
-    throw Failure{badScenario, fmt::format("{}: expected a scenario file of at most 4 MB", path)};
-  }
-  std::ifstream file(path);
-  std::ostringstream text;
-  text << file.rdbuf();
-  if (!file) throw Failure{badScenario, fmt::format("{}: expected a file that can be read", path)};
-  return text.str();
+  if (type != fs::file_type::regular) RefuseFile(path, "a scenario file");
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
+  if (!file) RefuseFile(path, "a file that can be read");
+  std::string text(largestFile + 1, '\0');
+  text.resize(std::fread(text.data(), 1, text.size(), file.get()));
+  if (std::ferror(file.get()) != 0) RefuseFile(path, "a file that can be read");
+  if (text.size() > largestFile) RefuseFile(path, "a scenario file of at most 4 MB");
+  return text;
 }
 
 std::shared_ptr<Controller> SwitchOn(Scenario scenario, const std::string& place) {
