@@ -17,59 +17,61 @@ const std::string names[] = {"Idle",       "Ctrl",     "Comm",     "Twin",  "Twi
                              "0x00000003", "A\x1b[2J", "\xff\xfe", longest, longest + "z", longest + "zyx",
                              "Stamps"};
 
-const char* const fileNames[] = {"Idle", "Ctrl", "Twin", "", "TP1", "STKO", "0x00000003"};
-
-void DecodeTimer(Input& input, Controller& controller) {
+void DecodeTimer(Input& input, ScriptedTarget& target) {
   switch (input.Below(8)) {
-    case 5: controller.numbers["Target.Mpu.Resolution"] = input.Pick(oddNumbers); return;
-    case 6: controller.texts["Target.Cpu"] = "PPC603"; break;
-    case 7: controller.texts["Target.Cpu"] = input.Rarely(2) ? "PPC603e and more" : "other"; break;
-    default: controller.numbers["Target.Mpu.Resolution"] = 1000.0; return;
+    case 5: target.numbers["Target.Mpu.Resolution"] = input.Pick(oddNumbers); return;
+    case 6: target.texts["Target.Cpu"] = "PPC603"; break;
+    case 7: target.texts["Target.Cpu"] = input.Rarely(2) ? "PPC603e and more" : "other"; break;
+    default: target.numbers["Target.Mpu.Resolution"] = 1000.0; return;
   }
-  if (input.Rarely(2)) controller.numbers["Target.BusClock"] = input.Pick(oddNumbers);
-  if (input.Rarely(2)) controller.numbers["Target.CpuClock"] = input.Pick(oddNumbers);
+  if (input.Rarely(2)) target.numbers["Target.BusClock"] = input.Pick(oddNumbers);
+  if (input.Rarely(2)) target.numbers["Target.CpuClock"] = input.Pick(oddNumbers);
 }
 
-void DecodeTasks(Input& input, Controller& controller) {
+void DecodeTasks(Input& input, ScriptedTarget& target) {
   constexpr std::uint32_t ids[] = {1, 2, 3, 4, 5, 1, 0, 0xFFFFFFFF, 0xFC847810, 0x00010001};
   const std::uint32_t count = input.Below(9);
   for (std::uint32_t i = 0; i < count; ++i) {
     const std::uint32_t slice = input.Below(4);
-    controller.tasks.push_back({input.Pick(ids), input.Pick(names), static_cast<std::int32_t>(slice) - 1,
-                                input.Below(3) << 16 | 0x5A00FFFF});
+    target.tasks.push_back({input.Pick(ids), input.Pick(names), static_cast<std::int32_t>(slice) - 1,
+                            input.Below(3) << 16 | 0x5A00FFFF});
   }
   if (!input.Rarely(32)) return;
   const std::uint32_t more = 100 + input.Below(160);  // so many that the list comes in portions
-  for (std::uint32_t id = 100; id < 100 + more; ++id) controller.tasks.push_back({id, "T", 0, id << 16});
+  for (std::uint32_t id = 100; id < 100 + more; ++id) target.tasks.push_back({id, "T", 0, id << 16});
 }
 
-void DecodeTestpoints(Input& input, Controller& controller) {
+void DecodeTestpoints(Input& input, ScriptedTarget& target) {
   constexpr double addresses[] = {0x9000, 0x9004, 0x9000, 0, 1, 2.9, -1, 4294967296.0 + 0x9000, 1e300};
   const std::uint32_t count = input.Below(6);
   if (count == 5) return;  // no such variables
   double claimed = count;
   if (input.Rarely(8)) claimed = input.Below(4) ? claimed + 1 : claimed + 4294967296.0;
-  controller.numbers["Watchpoint.Entity!Objects"] = claimed;
+  target.numbers["Watchpoint.Entity!Objects"] = claimed;
   for (std::uint32_t i = 0; i < count; ++i) {
     const std::string name = input.Pick(names);
-    controller.texts["Watchpoint.Entity!Object" + std::to_string(i)] = name;
+    target.texts["Watchpoint.Entity!Object" + std::to_string(i)] = name;
     const std::string asked = name.substr(0, 254);  // as a target hands it out
-    controller.numbers[("Watchpoint.Entity." + asked + ".Prop.Address").substr(0, 284)] =
-        input.Pick(addresses);
+    target.numbers[("Watchpoint.Entity." + asked + ".Prop.Address").substr(0, 284)] = input.Pick(addresses);
   }
 }
 
-void DecodeFaults(Input& input, Controller& controller) {
+void DecodeFaults(Input& input, ScriptedTarget& target) {
   constexpr std::uint32_t codes[] = {0x77, 0x50201, 0x50401, 0x40CA0002, 0xFFFFFFFF};
   const std::uint32_t failures = input.Below(4);
-  for (std::uint32_t i = 1; i < failures; ++i)
-    controller.failingCalls[1 + input.Below(40)] = input.Pick(codes);
+  for (std::uint32_t i = 1; i < failures; ++i) target.failingCalls[1 + input.Below(40)] = input.Pick(codes);
   if (!input.Rarely(4)) return;
-  if (input.Rarely(4)) controller.changesAt = 1 + input.Below(24);
-  if (input.Rarely(4)) controller.listSizeBytes = input.Below(input.Rarely(4) ? 4000 : 64);
-  if (input.Rarely(4)) controller.listPortions = input.Below(3);
-  if (input.Rarely(8)) controller.terminatesTexts = false;
-  if (input.Rarely(8)) controller.storesSizes = false;
+  // Tasks and testpoints become others before a call.
+  if (input.Rarely(4)) {
+    target.changes[1 + input.Below(24)] = [&target] {
+      for (ScriptedTask& task : target.tasks) task = {task.id + 1, task.name + "'", task.timeSlice, 0};
+      target.texts.clear();
+    };
+  }
+  if (input.Rarely(4)) target.listSizeBytes = input.Below(input.Rarely(4) ? 4000 : 64);
+  if (input.Rarely(4)) target.listPortions = input.Below(3);
+  if (input.Rarely(8)) target.terminatesTexts = false;
+  if (input.Rarely(8)) target.storesSizes = false;
 }
 
 std::uint32_t DecodeId(Input& input) {
@@ -176,89 +178,42 @@ double DecodeSize(Input& input, std::size_t wordCount) {
   return (static_cast<std::int64_t>(size) & 0xFFFFFFFF) <= mostBytes ? size : 0;
 }
 
-// The Ko types of a task section, or most often the one given.
-std::vector<FileRecord> DecodeRecords(Input& input, std::optional<std::uint32_t> koType = {}) {
-  constexpr std::uint64_t times[] = {1000, 1010, 1020, 1030, 5000, 1000, 0, UINT64_MAX};
-  std::vector<FileRecord> records(input.Below(9));
-  for (FileRecord& record : records) {
-    record.koType = !koType ? input.Below(8) : input.Rarely(8) ? input.Below(10) : *koType;
-    record.id = input.Below(10);
-    record.timestamp = input.Pick(times);
-    record.timestamp += input.Below(2);
-    if (record.koType == 7 || record.koType == 8) record.name = input.Pick(fileNames);
-  }
-  return records;
+void DecodeMachine(Input& input, ScriptedTarget& target) {
+  DecodeTimer(input, target);
+  DecodeTasks(input, target);
+  DecodeTestpoints(input, target);
+  DecodeFaults(input, target);
 }
 
-class ScriptedConnection : public Connection {
- public:
-  explicit ScriptedConnection(const Controller& controller) {
-    target_.numbers = controller.numbers;
-    target_.texts = controller.texts;
-    target_.tasks = controller.tasks;
-    target_.memory = controller.memory;
-    target_.failingCalls = controller.failingCalls;
-    target_.listSizeBytes = controller.listSizeBytes;
-    target_.listPortions = controller.listPortions;
-    target_.terminatesTexts = controller.terminatesTexts;
-    target_.storesSizes = controller.storesSizes;
-    if (controller.changesAt) target_.changes[*controller.changesAt] = [this] { Change(); };
-  }
-  const std::vector<std::string>& Calls() const override { return target_.calls; }
-
- private:
-  void Change() {
-    for (ScriptedTask& task : target_.tasks) task = {task.id + 1, task.name + "'", task.timeSlice, 0};
-    target_.texts.clear();
-  }
-
-  ScriptedTarget target_;
-};
-
-}  // namespace
-
-Connect Controller::Line() const {
-  return [this] { return std::make_unique<ScriptedConnection>(*this); };
-}
-
-Controller DecodeController(Input& input) {
-  Controller controller;
-  DecodeTimer(input, controller);
-  DecodeTasks(input, controller);
-  DecodeTestpoints(input, controller);
-  DecodeFaults(input, controller);
-  return controller;
-}
-
-void DecodeRing(Input& input, Controller& controller, std::int32_t kernel) {
+void DecodeLogger(Input& input, ScriptedTarget& target, std::int32_t kernel) {
   const std::string logger =
       kernel == -1 ? "Scheduler.Logger" : "Kernel." + std::to_string(kernel) + ".Logger";
   const std::int64_t address = 0x1000 + std::int64_t{0x10} * static_cast<std::uint32_t>(kernel);
-  std::vector<std::uint32_t>& words = controller.memory[address];
+  std::vector<std::uint32_t>& words = target.memory[address];
   words = DecodeWords(input);
-  controller.numbers[logger + ".BufferSize"] = DecodeSize(input, words.size());
+  target.numbers[logger + ".BufferSize"] = DecodeSize(input, words.size());
   const double fraction = input.Rarely(8) ? 0.9 : 0.0;
-  controller.numbers[logger + ".BufferAddress"] = static_cast<double>(address) + fraction;
+  target.numbers[logger + ".BufferAddress"] = static_cast<double>(address) + fraction;
 }
 
-Bytes DecodeFile(Input& input) {
-  constexpr std::uint16_t versions[] = {0x0103, 0x0102, 0x0101, 0x0100, 0, 0x0103, 0x0103, 0x0104};
-  constexpr std::uint64_t starts[] = {1000, 1010, 1020, 1030, 5000, 1000, 0, UINT64_MAX};
-  FileHeader header;
-  header.baseVersion = input.Pick(versions);
-  header.fileVersion = input.Rarely(4) ? input.Pick(versions) : std::uint16_t{0x0104};
-  header.startTime = input.Pick(starts);
-  header.stopTime = header.startTime + 10 * input.Below(8);
-  header.divisor = 1 + input.Below(3);
-  std::vector<FileSection> tasks(input.Below(5));
-  for (FileSection& section : tasks) {
-    section.name = input.Pick(fileNames);
-    section.priority = input.Below(3);
-    section.timeSlice = static_cast<std::int32_t>(input.Below(3)) - 1;
-    section.records = DecodeRecords(input);
-  }
-  const std::vector<FileRecord> stamps = DecodeRecords(input, 7);
-  return TaskFile(header, tasks, stamps, DecodeRecords(input, 8));
+}  // namespace
+
+void Controller::TakeMachine(Input& input) {
+  machine_ = input;
+  ScriptedTarget scratch;
+  DecodeMachine(input, scratch);
+}
+
+void Controller::TakeLogger(Input& input, std::int32_t kernel) {
+  loggers_.insert_or_assign(kernel, input);
+  ScriptedTarget scratch;
+  DecodeLogger(input, scratch, kernel);
+}
+
+void Controller::operator()(ScriptedTarget& target) const {
+  Input input = machine_;
+  DecodeMachine(input, target);
+  for (auto [kernel, at] : loggers_) DecodeLogger(at, target, kernel);
 }
 
 }  // namespace fuzz

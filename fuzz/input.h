@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
-#include <vector>
 
 namespace fuzz {
 
@@ -48,8 +47,8 @@ class Input {
     return text;
   }
 
-  std::vector<std::uint8_t> Rest() {
-    std::vector<std::uint8_t> rest(next_, end_);
+  std::string Rest() {
+    std::string rest(next_, end_);
     next_ = end_;
     return rest;
   }

@@ -1,5 +1,5 @@
-// The input is the arguments of `tasklog list`. What it lists is counted against the entries that the filters
-// keep in the model; what it says is safe to show.
+// The input is the arguments of `tasklog list`, or a name as a file may hold it. What is listed is
+// counted against the entries that the filters keep in the model; what is said is safe to show.
 #include <unistd.h>
 
 #include <algorithm>
@@ -11,13 +11,33 @@
 #include "failure.h"
 #include "input.h"
 #include "memoryfile.h"
-#include "safetext.h"
 #include "support/plainlog.h"
+#include "text.h"
 
 namespace {
 
 using fuzz::Require;
-using fuzz::RequireSafe;
+
+bool IsUtf8(std::string_view bytes) {
+  try {
+    nlohmann::json(bytes).dump();
+    return true;
+  } catch (const nlohmann::json::type_error&) {
+    return false;
+  }
+}
+
+// Nothing that steers a terminal: no control characters of either set, no broken UTF-8.
+void RequireSafe(std::string_view text, std::string_view allowed = {}) {
+  Require(IsUtf8(text), "what is shown is UTF-8");
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const auto c = static_cast<unsigned char>(text[i]);
+    Require((c >= 0x20 && c != 0x7F) || allowed.find(text[i]) != std::string_view::npos,
+            "what is shown holds no control character");
+    const bool upperSet = c == 0xC2 && static_cast<unsigned char>(text[i + 1]) < 0xA0;
+    Require(!upperSet, "what is shown holds no control character of the upper set");
+  }
+}
 
 // Standard output, caught in memory.
 fuzz::MemoryFile& Output() {
@@ -77,14 +97,17 @@ struct Filters {
   }
 };
 
+// A time with a unit, as it may be typed, and the ticks that it means in the file above; or ticks alone.
 std::uint64_t DecodeBound(fuzz::Input& input, std::string& typed) {
-  const char* const times[] = {"0us", "0.5ms", "500ms", "1s", "1.000001s", "2.0min", "0.0000005s", "1h"};
-  constexpr std::uint64_t ticks[] = {1000,      1500,        501'000, 1'001'000,
-                                     1'001'001, 120'001'000, 1001,    3'600'001'000};
+  const struct {
+    const char* typed;
+    std::uint64_t ticks;
+  } times[] = {{"0us", 1000},           {"0.5ms", 1500},    {"1.000001s", 1'001'001}, {"0.0000005s", 1001},
+               {"2.0min", 120'001'000}, {"500ms", 501'000}, {"1s", 1'001'000},        {"1h", 3'600'001'000}};
   if (input.Rarely(2)) {
-    const std::uint32_t i = input.Below(std::size(ticks));
-    typed = times[i];
-    return ticks[i];
+    const auto& time = input.Pick(times);
+    typed = time.typed;
+    return time.ticks;
   }
   const std::uint64_t tick = input.Word();
   typed = std::to_string(tick);
@@ -164,6 +187,33 @@ void CheckArguments(fuzz::Input& input) {
   RunList(arguments);
 }
 
+std::string Unescaped(std::string_view safe) {
+  std::string bytes;
+  for (std::size_t i = 0; i < safe.size(); ++i) {
+    if (safe[i] != '\\') {
+      bytes += safe[i];
+    } else if (safe[++i] == '\\') {
+      bytes += '\\';
+    } else {
+      bytes += static_cast<char>(std::stoi(std::string(safe.substr(i + 1, 2)), nullptr, 16));
+      i += 2;
+    }
+  }
+  return bytes;
+}
+
+void CheckText(fuzz::Input& input) {
+  const std::string bytes = input.Rest();
+  const std::string safe = cli::SafeText(bytes);
+  RequireSafe(safe);
+  Require(Unescaped(safe) == bytes, "safe text loses nothing");
+  RequireSafe(cli::CsvField(bytes));
+  const std::string json = cli::JsonString(bytes);
+  RequireSafe(json);
+  const auto parsed = nlohmann::json::parse(json).get<std::string>();
+  Require(!IsUtf8(bytes) || parsed == bytes, "a JSON string holds the text");
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
@@ -173,10 +223,10 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   fuzz::Input input(data, std::min<std::size_t>(size, 4096));
-  if (input.Rarely(2)) {
-    CheckArguments(input);
-  } else {
-    CheckList(input);
+  switch (input.Below(4)) {
+    case 0: CheckList(input); break;
+    case 1: CheckArguments(input); break;
+    default: CheckText(input);
   }
   return 0;
 }

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <iterator>
+#include <tuple>
 #include <unordered_map>
-#include <utility>
 
 #include "check.h"
 #include "memoryfile.h"
@@ -11,31 +11,18 @@
 namespace fuzz {
 namespace {
 
-// What somebody who reads a controller lets one see: the fractions reported, each with the calls made by
-// then.
-struct Trace {
-  std::vector<std::pair<double, std::size_t>> reports;
-  std::vector<std::string> calls;
-
-  bool operator==(const Trace&) const = default;
-  friend std::ostream& operator<<(std::ostream& out, const Trace& trace) {
-    for (const std::string& call : trace.calls) out << "\n  " << call;
-    for (const auto& [fraction, count] : trace.reports) out << "\n  " << fraction << " after " << count;
-    return out << "\n";
-  }
-};
-
-// Both readers report here.
+// What somebody who reads a controller lets one see: its calls, and behind which of them a fraction was
+// reported.
 struct Listener {
   bool Hear(double fraction) {
-    trace.reports.emplace_back(fraction, connection.Calls().size());
-    return trace.reports.size() - 1 != request.cancelAt;
+    reports.emplace_back(fraction, target.calls.size());
+    return reports.size() - 1 != request.cancelAt;
   }
 
   const Request& request;
-  const Connection& connection;
-  Trace trace = {};
-  std::uint64_t entriesBefore = 0;
+  std::uint64_t entriesBefore;
+  ScriptedTarget target = {};
+  std::vector<std::tuple<double, std::size_t>> reports = {};
 };
 
 void HearLibrary(TLTaskLog log, double fraction, std::int32_t* proceed, void* user) {
@@ -51,42 +38,21 @@ void HearLibrary(TLTaskLog log, double fraction, std::int32_t* proceed, void* us
 template <class Handle>
 using Places = std::unordered_map<Handle, std::ptrdiff_t>;
 
-Places<const plain::Category*> PlacesOf(const plain::Log& log) {
-  Places<const plain::Category*> places{{nullptr, -1}};
-  for (const auto& category : log.categories) places.emplace(category.get(), std::ssize(places) - 1);
+template <class Handle>
+Places<Handle> PlacesOf(const std::vector<Handle>& handles) {
+  Places<Handle> places{{nullptr, -1}};
+  for (const Handle handle : handles) places.emplace(handle, std::ssize(places) - 1);
   return places;
 }
 
-Places<TLCategory> PlacesOf(const std::vector<TLCategory>& handles) {
-  Places<TLCategory> places{{nullptr, -1}};
-  for (const TLCategory handle : handles) places.emplace(handle, std::ssize(places) - 1);
-  return places;
-}
-
-struct Row {
-  std::uint64_t timestamp;
-  std::uint32_t type;
-  std::ptrdiff_t slots[2];
-
-  bool operator==(const Row&) const = default;
-};
-
-struct Rows : std::vector<Row> {
-  friend std::ostream& operator<<(std::ostream& out, const Rows& rows) {
-    for (const Row& row : rows) {
-      out << "\n  " << row.timestamp << " type " << row.type << " of " << row.slots[0] << " in "
-          << row.slots[1];
-    }
-    return out << "\n";
-  }
-};
+// Time, type and the places of both categories.
+using Rows = std::vector<std::tuple<std::uint64_t, std::uint32_t, std::ptrdiff_t, std::ptrdiff_t>>;
 
 Rows RowsOf(TLEntryIterator iterator, const Places<TLCategory>& places) {
   Rows rows;
   while (const TLEntry entry = TLEntryIteratorNext(iterator)) {
-    rows.push_back({TLEntryGetTimestamp(entry),
-                    TLEntryGetType(entry),
-                    {places.at(TLEntryGetCategory(entry, 0)), places.at(TLEntryGetCategory(entry, 1))}});
+    rows.emplace_back(TLEntryGetTimestamp(entry), TLEntryGetType(entry),
+                      places.at(TLEntryGetCategory(entry, 0)), places.at(TLEntryGetCategory(entry, 1)));
   }
   Require(TLEntryIteratorNext(iterator) == nullptr, "an iterator at its end stays there");
   TLEntryIteratorDestroy(iterator);
@@ -96,71 +62,49 @@ Rows RowsOf(TLEntryIterator iterator, const Places<TLCategory>& places) {
 Rows RowsOf(plain::Cursor cursor, const Places<const plain::Category*>& places) {
   Rows rows;
   while (const plain::Entry* entry = cursor.Next()) {
-    rows.push_back({entry->timestamp, entry->type, {places.at(entry->slots[0]), places.at(entry->slots[1])}});
+    rows.emplace_back(entry->timestamp, entry->type, places.at(entry->slots[0]), places.at(entry->slots[1]));
   }
   return rows;
 }
 
-struct CategoryRow {
-  std::uint32_t kind;
-  std::string name;
-  std::uint32_t id;
-  std::uint32_t priority;
-  std::int32_t timeSlice;
-
-  bool operator==(const CategoryRow&) const = default;
-};
-
-struct CategoryRows : std::vector<CategoryRow> {
-  friend std::ostream& operator<<(std::ostream& out, const CategoryRows& rows) {
-    for (const CategoryRow& row : rows) {
-      out << "\n  kind " << row.kind << " '" << row.name << "' id " << row.id << " priority " << row.priority
-          << " slice " << row.timeSlice;
-    }
-    return out << "\n";
-  }
-};
+// Kind, name, id, priority and time slice.
+using CategoryRows =
+    std::vector<std::tuple<std::uint32_t, std::string, std::uint32_t, std::uint32_t, std::int32_t>>;
 
 CategoryRows RowsOf(const std::vector<TLCategory>& handles) {
   CategoryRows rows;
   for (const TLCategory handle : handles) {
-    rows.push_back({TLCategoryGetType(handle), TLCategoryGetName(handle), TLCategoryGetId(handle),
-                    TLTaskGetPriority(handle), TLTaskGetTimeslice(handle)});
+    rows.emplace_back(TLCategoryGetType(handle), TLCategoryGetName(handle), TLCategoryGetId(handle),
+                      TLTaskGetPriority(handle), TLTaskGetTimeslice(handle));
   }
   return rows;
 }
 
 CategoryRows RowsOf(const std::vector<const plain::Category*>& categories) {
   CategoryRows rows;
-  for (const plain::Category* c : categories) {
-    rows.push_back({c->kind, c->name, c->id, c->priority, c->timeSlice});
-  }
+  for (const plain::Category* c : categories)
+    rows.emplace_back(c->kind, c->name, c->id, c->priority, c->timeSlice);
   return rows;
 }
 
 }  // namespace
 
-std::uint32_t Mirror::AppendFromTarget(const Connect& connect, const Request& request) {
-  const auto run = [&](auto append) {
-    const auto connection = connect();
-    Listener listener{request, *connection};
-    listener.entriesBefore = model_.EntriesCount();
-    const std::uint32_t status = append(listener);
-    listener.trace.calls = connection->Calls();
-    return std::pair(status, std::move(listener.trace));
-  };
-  const auto library = run([&](Listener& listener) {
-    return TLTaskLogAppendFromTarget(library_.get(), request.target.c_str(), request.kernel,
-                                     request.reports ? HearLibrary : nullptr, &listener);
-  });
-  const auto model = run([&](Listener& listener) {
-    const plain::Progress hear = [&](double fraction) { return listener.Hear(fraction); };
-    return model_.AppendFromTarget(request.target.c_str(), request.kernel,
-                                   request.reports ? hear : plain::Progress());
-  });
-  RequireEqual("status of an append from a target", library.first, model.first);
-  RequireEqual("calls and reports", library.second, model.second);
-  return library.first;
+std::uint32_t Mirror::AppendFromTarget(const Script& script, const Request& request) {
+  const std::uint64_t entriesBefore = model_.EntriesCount();
+  Listener library{request, entriesBefore};
+  script(library.target);
+  const std::uint32_t status =
+      TLTaskLogAppendFromTarget(library_.get(), request.target.c_str(), request.kernel,
+                                request.reports ? HearLibrary : nullptr, &library);
+  Listener model{request, entriesBefore};
+  script(model.target);
+  const plain::Progress hear = [&](double fraction) { return model.Hear(fraction); };
+  RequireEqual("status of an append from a target", status,
+               model_.AppendFromTarget(request.target.c_str(), request.kernel,
+                                       request.reports ? hear : plain::Progress()));
+  RequireEqual("calls", library.target.calls, model.target.calls);
+  RequireEqual("reports", library.reports, model.reports);
+  return status;
 }
 
 std::uint32_t Mirror::AppendFromFile(const Bytes& bytes) {
@@ -182,7 +126,7 @@ Bytes Mirror::Save() const {
 void Mirror::Ask(const std::vector<Question>& questions) const {
   const std::vector<TLCategory> handles = Handles();
   const auto handlePlaces = PlacesOf(handles);
-  const auto modelPlaces = PlacesOf(model_);
+  const auto modelPlaces = PlacesOf(model_.Categories());
   for (const Question& question : questions) {
     TLCategory handle = nullptr;
     plain::Filter filter{nullptr, question.types, question.from, question.to};

@@ -3,26 +3,19 @@
 #pragma once
 
 #include <functional>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "support/dump.h"
 #include "support/plainlog.h"
+#include "support/scriptedtarget.h"
 #include "support/taskfile.h"
 
 namespace fuzz {
 
-// A target in force while this lives, and the calls that it has answered by now, as text.
-class Connection {
- public:
-  virtual ~Connection() = default;
-  virtual const std::vector<std::string>& Calls() const = 0;
-};
-
-// Opened anew for the library and for the model, so that both meet the same target.
-using Connect = std::function<std::unique_ptr<Connection>()>;
+// Sets a target up; once for the library and once for the model, so that both meet the same.
+using Script = std::function<void(ScriptedTarget&)>;
 
 // How a target is asked.
 struct Request {
@@ -42,7 +35,7 @@ struct Question {
 
 class Mirror {
  public:
-  std::uint32_t AppendFromTarget(const Connect& connect, const Request& request);
+  std::uint32_t AppendFromTarget(const Script& script, const Request& request);
   std::uint32_t AppendFromFile(const Bytes& file);
   Bytes Save() const;
 

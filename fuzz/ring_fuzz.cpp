@@ -23,18 +23,21 @@ fuzz::Request DecodeRequest(fuzz::Input& input) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   fuzz::Input input(data, size);
   const fuzz::Request request = DecodeRequest(input);
-  fuzz::Controller controller = DecodeController(input);
-  DecodeRing(input, controller, request.kernel);
+  fuzz::Controller controller;
+  controller.TakeMachine(input);
+  controller.TakeLogger(input, request.kernel);
 
   fuzz::Mirror log;
-  log.AppendFromTarget(controller.Line(), request);
+  log.AppendFromTarget(controller, request);
   log.RequireSame();
   log.AskAround();
 
   const std::size_t before = log.Model().entries.size();
-  log.AppendFromTarget(controller.Line(), request);
+  log.AppendFromTarget(controller, request);
   log.RequireSame();
-  if (request.cancelAt || !controller.failingCalls.empty()) return 0;
+  ScriptedTarget asked;
+  controller(asked);
+  if (request.cancelAt || !asked.failingCalls.empty()) return 0;
   fuzz::RequireEqual("entries after a second reading", log.Model().entries.size(), before);
   return 0;
 }

@@ -1,5 +1,5 @@
 // The input is a list of operations on two logs: appends from controllers that stay, change and fail, appends
-// of files that were built, saved or damaged, saves and queries. After each step both logs equal their
+// of files that were saved by either or damaged, saves and queries. After each step both logs equal their
 // models.
 #include "controller.h"
 #include "mirror.h"
@@ -8,8 +8,9 @@ namespace {
 
 class Sequence {
  public:
-  explicit Sequence(fuzz::Input& input) : input_(input), controller_(DecodeController(input)) {
-    for (const std::int32_t kernel : kernels) DecodeRing(input_, controller_, kernel);
+  explicit Sequence(fuzz::Input& input) : input_(input) {
+    controller_.TakeMachine(input_);
+    for (const std::int32_t kernel : kernels) controller_.TakeLogger(input_, kernel);
   }
 
   void Step() {
@@ -18,7 +19,7 @@ class Sequence {
     switch (input_.Below(8)) {
       case 0: AppendRing(log); break;
       case 1: Renew(); break;
-      case 2: log.AppendFromFile(DecodeFile(input_)); break;
+      case 2: log.AppendFromFile(logs_[input_.Below(2)].Save()); break;
       case 3: saved_ = log.Save(); break;
       case 4: log.AppendFromFile(saved_); break;
       case 5: log.AppendFromFile(Damaged(saved_)); break;
@@ -36,21 +37,16 @@ class Sequence {
     fuzz::Request request;
     request.kernel = input_.Pick(kernels);
     if (input_.Rarely(4)) request.cancelAt = input_.Below(64);
-    log.AppendFromTarget(controller_.Line(), request);
+    log.AppendFromTarget(controller_, request);
   }
 
   // The controller goes on: another ring for one logger, or other tasks with the same rings.
   void Renew() {
-    if (!input_.Rarely(4)) {
-      DecodeRing(input_, controller_, input_.Pick(kernels));
-      return;
+    if (input_.Rarely(4)) {
+      controller_.TakeMachine(input_);
+    } else {
+      controller_.TakeLogger(input_, input_.Pick(kernels));
     }
-    fuzz::Controller other = fuzz::DecodeController(input_);
-    other.memory = controller_.memory;
-    for (const auto& [name, number] : controller_.numbers) {
-      if (name.find(".Logger.") != std::string::npos) other.numbers[name] = number;
-    }
-    controller_ = std::move(other);
   }
 
   Bytes Damaged(Bytes file) {

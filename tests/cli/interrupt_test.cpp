@@ -12,7 +12,8 @@ namespace {
 using Names = std::vector<std::string>;
 using namespace std::chrono_literals;
 
-const std::vector<std::string> recordForAnHour = {"record", "m.toml", "--start", "--for", "1h", "-o", "a"};
+const std::vector<std::string> recordForAnHour = {"tasklog", "record", "m.toml", "--start",
+                                                  "--for",   "1h",     "-o",     "a"};
 
 TEST(Interrupt, EndsTheRecordingAndSaves) {
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
@@ -37,18 +38,18 @@ TEST(Interrupt, LeavesNothingBehindWhenTheTargetNeverAnswers) {
   folder.Write("m.toml", SteppedScenario("20ms", 64) + Fault("call = \"GetBlock32\"\ndelay = \"600s\""));
   Program program(folder, recordForAnHour);
   ASSERT_TRUE(AppearsIn(folder, ".tasklog-"));
-  // Signals of one kind that come at once count as one.
-  for (int i = 0; i < 3; ++i) {
-    program.Send(SIGINT);
+  // Of different kinds: those of one kind count as one when they come at once.
+  for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
+    program.Send(signal);
     std::this_thread::sleep_for(50ms);
   }
-  EXPECT_EQ(program.Wait().exitCode, 128 + SIGINT);
+  EXPECT_EQ(program.Wait().exitCode, 128 + SIGTERM);
   EXPECT_EQ(folder.Names(), Names{"m.toml"});
 }
 
 TEST(Interrupt, GivesUpTheFirstReadWhenAskedTwice) {
   const TempFolder folder;
-  folder.Write("m.toml", SteppedScenario("20ms", 64) + Fault("call = \"GetBlock32\"\ndelay = \"400ms\""));
+  folder.Write("m.toml", SteppedScenario("20ms", 64) + Fault("call = \"GetBlock32\"\ndelay = \"1s\""));
   Program program(folder, recordForAnHour);
   ASSERT_TRUE(AppearsIn(folder, ".tasklog-"));
   program.Send(SIGINT);

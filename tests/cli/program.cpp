@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <pty.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -22,39 +21,26 @@ std::string ReadText(const std::filesystem::path& path) {
   return text.str();
 }
 
-[[noreturn]] void Execute(const TempFolder& folder, const std::vector<std::string>& arguments,
-                          const Program::Setup& setup) {
-  std::vector<std::string> words{TASKLOG_PROGRAM};
-  words.insert(words.end(), arguments.begin(), arguments.end());
-  std::vector<char*> pointers;
-  for (std::string& word : words) pointers.push_back(word.data());
-  pointers.push_back(nullptr);
-  // Tests must not see what other controllers of the same name did before.
-  ::setenv("XDG_RUNTIME_DIR", folder.Path().c_str(), 1);
-  ::unsetenv("NO_COLOR");
-  ::setenv("TERM", "xterm", 1);
-  for (std::string variable : setup.environment) {
-    const std::size_t equals = variable.find('=');
-    ::setenv(variable.substr(0, equals).c_str(), variable.substr(equals + 1).c_str(), 1);
-  }
-  if (::chdir(folder.Path().c_str()) == 0) ::execv(pointers[0], pointers.data());
-  ::_exit(127);
-}
-
 void Redirect(int fd, const std::string& path) {
   const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
   ::dup2(file, fd);
   ::close(file);
 }
 
-std::string ReadTerminal(int terminal) {
-  std::string text;
-  char block[4096];
-  // The read fails when the program has ended and closed its side.
-  for (ssize_t count; (count = ::read(terminal, block, sizeof block)) > 0;) {
-    text.append(block, static_cast<std::size_t>(count));
-  }
-  return text;
+[[noreturn]] void Execute(const TempFolder& folder, std::vector<std::string> words) {
+  std::vector<char*> pointers;
+  for (std::string& word : words) pointers.push_back(word.data());
+  pointers.push_back(nullptr);
+  const std::string programs = std::filesystem::path(TASKLOG_PROGRAM).parent_path().string();
+  ::setenv("PATH", (programs + ":" + std::getenv("PATH")).c_str(), 1);
+  // Tests must not see what other controllers of the same name did before.
+  ::setenv("XDG_RUNTIME_DIR", folder.Path().c_str(), 1);
+  ::unsetenv("NO_COLOR");
+  ::setenv("TERM", "xterm", 1);
+  // A job in the background of a script ignores Ctrl-C, and what it starts would, too.
+  for (const int signal : {SIGHUP, SIGINT, SIGTERM}) ::signal(signal, SIG_DFL);
+  if (::chdir(folder.Path().c_str()) == 0) ::execvp(pointers[0], pointers.data());
+  ::_exit(127);
 }
 
 }  // namespace
@@ -86,46 +72,33 @@ std::vector<std::string> TempFolder::Names() const {
   return names;
 }
 
-Program::Program(const TempFolder& folder, const std::vector<std::string>& arguments)
-    : Program(folder, arguments, Setup()) {}
-
-Program::Program(const TempFolder& folder, const std::vector<std::string>& arguments, const Setup& setup) {
-  const winsize size{24, 80, 0, 0};
-  pid_ = setup.onTerminal ? ::forkpty(&terminal_, nullptr, nullptr, &size) : ::fork();
+Program::Program(const TempFolder& folder, const std::vector<std::string>& words) : pid_(::fork()) {
   EXPECT_GE(pid_, 0);
   if (pid_ != 0) return;
-  if (!setup.onTerminal) {
-    Redirect(STDERR_FILENO, err_.Path());
-    if (setup.stdoutFd >= 0) {
-      ::dup2(setup.stdoutFd, STDOUT_FILENO);
-    } else {
-      Redirect(STDOUT_FILENO, out_.Path());
-    }
-  }
-  Execute(folder, arguments, setup);
+  Redirect(STDOUT_FILENO, out_.Path());
+  Redirect(STDERR_FILENO, err_.Path());
+  Execute(folder, words);
 }
 
 Program::~Program() {
   if (pid_ > 0) ::kill(pid_, SIGKILL);
   if (pid_ > 0) ::waitpid(pid_, nullptr, 0);
-  if (terminal_ >= 0) ::close(terminal_);
 }
 
 void Program::Send(int signal) const { ::kill(pid_, signal); }
 
 Result Program::Wait() {
-  std::string terminalText;
-  if (terminal_ >= 0) terminalText = ReadTerminal(terminal_);
   int status = 0;
   EXPECT_EQ(::waitpid(pid_, &status, 0), pid_);
   pid_ = -1;
   const int exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
-  if (terminal_ >= 0) return {exitCode, terminalText, {}};
   return {exitCode, ReadText(out_.Path()), ReadText(err_.Path())};
 }
 
 Result RunTasklog(const TempFolder& folder, const std::vector<std::string>& arguments) {
-  return Program(folder, arguments).Wait();
+  std::vector<std::string> words{"tasklog"};
+  words.insert(words.end(), arguments.begin(), arguments.end());
+  return Program(folder, words).Wait();
 }
 
 bool AppearsIn(const TempFolder& folder, const std::string& beginning) {
@@ -137,12 +110,4 @@ bool AppearsIn(const TempFolder& folder, const std::string& beginning) {
     std::this_thread::sleep_for(10ms);
   }
   return false;
-}
-
-Bytes ExampleFile() {
-  return TaskFile({.startTime = 1000, .stopTime = 5000},
-                  {{"Idle", 0, 10, {{2, 0, 1000}, {5, 2, 2000}, {2, 1, 4000}, {3, 0, 5000}}},
-                   {"Ctrl", 5, -1, {{4, 0, 1000}, {2, 2, 2000}, {5, 1, 4000}, {2, 0, 5000}}}},
-                  std::vector<FileRecord>{{3, 0, 1000}, {7, 9, 3000, "TP1"}},
-                  std::vector<FileRecord>{{3, 0, 1000}, {8, 0, 4500, "OVRN"}});
 }

@@ -34,17 +34,10 @@ struct Result {
   std::string err;
 };
 
-// The command, running.
+// A program, running in a folder. `words` begins with its name; the command is called "tasklog".
 class Program {
  public:
-  struct Setup {
-    std::vector<std::string> environment = {};  // "NAME=value", besides what the tests run in
-    bool onTerminal = false;                    // stdout and stderr are one terminal, read as `out`
-    int stdoutFd = -1;                          // in place of a file that Wait() reads
-  };
-
-  Program(const TempFolder& folder, const std::vector<std::string>& arguments);
-  Program(const TempFolder& folder, const std::vector<std::string>& arguments, const Setup& setup);
+  Program(const TempFolder& folder, const std::vector<std::string>& words);
   ~Program();
   Program(const Program&) = delete;
   Program& operator=(const Program&) = delete;
@@ -55,7 +48,6 @@ class Program {
  private:
   TempFile out_;
   TempFile err_;
-  int terminal_ = -1;
   pid_t pid_ = -1;
 };
 
@@ -63,7 +55,3 @@ Result RunTasklog(const TempFolder& folder, const std::vector<std::string>& argu
 
 // Waits until the folder holds a file whose name begins so; false when that takes longer than ten seconds.
 bool AppearsIn(const TempFolder& folder, const std::string& beginning);
-
-// A log of two tasks, a testpoint and an issue: five entries from 1000 to 4500 ticks, at 1 MHz. Reading adds
-// Idle's switch at the start to the four that the records say.
-Bytes ExampleFile();

@@ -5,7 +5,7 @@
 namespace cli {
 namespace {
 
-TEST(EditDistance, CountsTypingMistakes) {
+TEST(Suggestion, NamesTheNearestOnlyWhenNear) {
   struct Case {
     const char *a, *b;
     std::size_t distance;
@@ -19,16 +19,10 @@ TEST(EditDistance, CountsTypingMistakes) {
     EXPECT_EQ(EditDistance(c.a, c.b), c.distance) << c.a << ' ' << c.b;
     EXPECT_EQ(EditDistance(c.b, c.a), c.distance) << c.b << ' ' << c.a;
   }
-}
-
-TEST(Suggestion, NamesTheNearestOnlyWhenNear) {
-  const std::vector<std::string> names{"start", "record", "info", "list", std::string(300, 'x')};
-  EXPECT_EQ(Suggestion("lsit", names), "; did you mean 'list'?");
-  EXPECT_EQ(Suggestion("recrod", names), "; did you mean 'record'?");
-  EXPECT_EQ(Suggestion("export", names), "");
-  EXPECT_EQ(Suggestion("", names), "");
-  EXPECT_EQ(Suggestion(std::string(299, 'x'), names), "");
-  EXPECT_EQ(Suggestion("\x1b", {"\x1b\x1b"}), "; did you mean '\\x1B\\x1B'?");
+  EXPECT_EQ(Suggestion("recrod", {"start", "record"}), "; did you mean 'record'?");
+  // The effort grows with the square of the length.
+  EXPECT_EQ(Suggestion(std::string(257, 'x'), {std::string(256, 'x')}), "");
+  EXPECT_EQ(Suggestion(std::string(256, 'x'), {std::string(257, 'x')}), "");
 }
 
 }  // namespace

@@ -30,17 +30,8 @@ TEST(TimeFormat, PrintsAsManyDecimalsAsTellTicksApart) {
       {UINT64_MAX, UINT64_MAX / 2, "0.5000000000000000000"},
   };
   for (const Case& c : cases) {
-    SCOPED_TRACE(c.text);
     EXPECT_EQ(TimeFormat(0, c.rate).Length(c.count), c.text);
   }
-}
-
-TEST(TimeFormat, CountsFromTheStart) {
-  const TimeFormat time(5000, 1000);
-  EXPECT_EQ(time.Since(6500), "1.500000");
-  EXPECT_EQ(time.Since(5000), "0.000000");
-  EXPECT_EQ(time.Since(4999), "-0.001000");
-  EXPECT_FALSE(TimeFormat(5000, 0).HasSeconds());
 }
 
 // What a list shows can be typed as --from or --to and selects that very entry.

@@ -75,11 +75,14 @@ TEST(FileReading, TakesEveryByteForWhatItIs) {
   RecordProperty("bytesChanged", std::to_string(changed));
 }
 
+// Whoever writes into a pipe may wait there: nothing is asked for behind the last byte that a file must have.
 TEST(FileReading, DoesNotDependOnHowMuchComesAtOnce) {
   for (const std::size_t most : {1u, 2u, 7u, 15u}) {
     FaultFile file(ValidFile(0x0103, 0x0104));
     file.mostBytes = most;
     ASSERT_EQ(ReadAndRecover(file, {}), 0u);
+    ASSERT_EQ(TLTaskLogAppendFromFile(NewLog().get(), file.Path()), 0u);
+    EXPECT_EQ(file.callNames, std::string((file.content.size() + most - 1) / most, 'r') + 'c');
   }
 }
 

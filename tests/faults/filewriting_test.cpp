@@ -46,73 +46,75 @@ std::vector<Section> SectionsOf(const Bytes& file) {
   return sections;
 }
 
-class FileWriting : public testing::Test {
- protected:
-  FileWriting() {
-    FaultFile input(LargeFile());
+// Saves of what a file holds, and what they leave when they stop.
+class Saving {
+ public:
+  explicit Saving(const Bytes& file) {
+    const FaultFile input(file);
     EXPECT_EQ(TLTaskLogAppendFromFile(log_.get(), input.Path()), 0u);
-    EXPECT_EQ(TLTaskLogSaveAsFile(log_.get(), output_.Path()), 0u);
-    whole_ = output_.content;
-    calls_ = output_.callNames;
-    EXPECT_GT(whole_.size(), std::size_t{300} << 10);
+    EXPECT_EQ(With(SIZE_MAX, 0), 0u);
+    whole = output.content;
+    calls = output.callNames;
   }
-
-  // What a save that stops at `size` leaves: sections that are not complete say that they hold nothing.
-  Bytes Beginning(std::size_t size) const {
-    Bytes beginning(whole_.begin(), whole_.begin() + static_cast<std::ptrdiff_t>(size));
-    for (const Section& section : SectionsOf(whole_)) {
-      if (section.end <= size) continue;
-      for (std::size_t at = section.countAt; at < std::min(section.countAt + 4, size); ++at)
-        beginning[at] = 0;
-    }
-    return beginning;
-  }
-  std::uint32_t SaveWith(std::size_t sizeLimit, std::size_t failingCall) {
-    output_.sizeLimit = sizeLimit;
-    output_.failingCall = failingCall;
-    const std::uint32_t status = TLTaskLogSaveAsFile(log_.get(), output_.Path());
-    EXPECT_EQ(output_.openStreams, 0);
+  std::uint32_t With(std::size_t sizeLimit, std::size_t failingCall) {
+    output.sizeLimit = sizeLimit;
+    output.failingCall = failingCall;
+    const std::uint32_t status = TLTaskLogSaveAsFile(log_.get(), output.Path());
+    EXPECT_EQ(output.openStreams, 0);
     return status;
   }
+  // The disk is full behind `size` bytes. Sections that are not complete say that they hold nothing.
+  void StopAt(std::size_t size) {
+    ASSERT_EQ(With(size, 0), TLErrFileWrite) << size;
+    Bytes expected(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
+    for (const Section& section : SectionsOf(whole)) {
+      if (section.end <= size) continue;
+      for (std::size_t at = section.countAt; at < std::min(section.countAt + 4, size); ++at) expected[at] = 0;
+    }
+    ASSERT_TRUE(output.content == expected) << size;
+  }
 
+  FaultFile output;
+  Bytes whole;
+  std::string calls;  // of a save without faults
+
+ private:
   LogPtr log_ = NewLog();
-  FaultFile output_;
-  Bytes whole_;
-  std::string calls_;  // of a save without faults
 };
 
-TEST_F(FileWriting, StopsWhereTheDiskIsFull) {
-  ASSERT_EQ(SectionsOf(whole_).size(), 4u);
-  std::vector<std::size_t> sizes;
-  for (const Section& section : SectionsOf(whole_))
-    for (std::size_t near = 0; near < 24; ++near) {
-      sizes.push_back(section.countAt - 10 + near);
-      sizes.push_back(section.end - near - 1);
+TEST(FileWriting, StopsWhereTheDiskIsFull) {
+  Saving small(ReadHex("golden/all_types.hex"));
+  ASSERT_EQ(SectionsOf(small.whole).size(), 5u);
+  for (std::size_t size = 0; size < small.whole.size(); ++size) small.StopAt(size);
+  Saving large(LargeFile());
+  ASSERT_GT(large.whole.size(), std::size_t{300} << 10);
+  std::size_t count = small.whole.size();
+  for (const Section& section : SectionsOf(large.whole))
+    for (std::size_t near = 0; near < 24; ++near, count += 2) {
+      large.StopAt(section.countAt - 10 + near);
+      large.StopAt(section.end - near - 1);
     }
-  for (std::size_t size = 0; size < whole_.size(); size += 4999) sizes.push_back(size);
-  for (const std::size_t size : sizes) {
-    ASSERT_EQ(SaveWith(size, 0), TLErrFileWrite) << size;
-    ASSERT_TRUE(output_.content == Beginning(size)) << size;
-  }
-  EXPECT_EQ(SaveWith(SIZE_MAX, 0), 0u);
-  EXPECT_TRUE(output_.content == whole_);
-  RecordProperty("fullDisks", std::to_string(sizes.size()));
+  for (std::size_t size = 0; size < large.whole.size(); size += 4999, ++count) large.StopAt(size);
+  EXPECT_EQ(large.With(SIZE_MAX, 0), 0u);
+  EXPECT_TRUE(large.output.content == large.whole);
+  RecordProperty("fullDisks", std::to_string(count));
 }
 
 // A call that fails once: what was kept back may still be written when the file is closed, but a section
 // whose count could not be written stays empty.
-TEST_F(FileWriting, StopsAtEveryCall) {
-  ASSERT_EQ(calls_.back(), 'c');
-  for (std::size_t call = 1; call < calls_.size(); ++call) {
-    SCOPED_TRACE(testing::Message() << "call " << call << " of " << calls_);
-    ASSERT_EQ(SaveWith(SIZE_MAX, call), TLErrFileWrite);
-    ASSERT_LE(output_.content.size(), whole_.size());
-    ASSERT_TRUE(output_.content.size() < whole_.size() || call + 12 > calls_.size());
+TEST(FileWriting, StopsAtEveryCall) {
+  Saving save(LargeFile());
+  ASSERT_EQ(save.calls.back(), 'c');
+  for (std::size_t call = 1; call < save.calls.size(); ++call) {
+    SCOPED_TRACE(testing::Message() << "call " << call << " of " << save.calls);
+    ASSERT_EQ(save.With(SIZE_MAX, call), TLErrFileWrite);
+    ASSERT_LE(save.output.content.size(), save.whole.size());
+    ASSERT_TRUE(save.output.content.size() < save.whole.size() || call + 12 > save.calls.size());
   }
   // All is written before; what closing says is not reported.
-  EXPECT_EQ(SaveWith(SIZE_MAX, calls_.size()), 0u);
-  EXPECT_TRUE(output_.content == whole_);
-  RecordProperty("callsFailed", std::to_string(calls_.size()));
+  EXPECT_EQ(save.With(SIZE_MAX, save.calls.size()), 0u);
+  EXPECT_TRUE(save.output.content == save.whole);
+  RecordProperty("callsFailed", std::to_string(save.calls.size()));
 }
 
 }  // namespace

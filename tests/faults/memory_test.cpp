@@ -15,8 +15,6 @@
 
 namespace {
 
-constexpr AllocationFault faults[] = {AllocationFault::one, AllocationFault::allFromOne};
-
 std::size_t OpenFiles() {
   return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}));
 }
@@ -119,11 +117,11 @@ const std::vector<Life::Step> Life::steps = {
     File("a long file", LongFile()),
     Ring("the end of 64-bit time", RingWords(UINT64_MAX - 15, {{4, 0xFFFFFF5, 1}, {4, 5, 2}, {4, 1, 3}})),
     // Room is made for all slots and given back: all but one hold the same record.
-    Ring("a long ring", RingWords(60000, std::vector<RingRecord>(70000, {4, 60000, 1}))),
+    Ring("a long ring", RingWords(60000, std::vector<RingRecord>(140000, {4, 60000, 1}))),
 };
 
 // Leads a new log up to a step and fails one of the step's allocations. False when there are no more.
-bool FailOne(std::size_t index, std::size_t allocation, AllocationFault fault, const State& after) {
+bool FailOne(std::size_t index, std::size_t allocation, bool exhausted, const State& after) {
   const Life::Step& step = Life::steps[index];
   Life life;
   for (std::size_t i = 0; i < index; ++i) {
@@ -135,7 +133,7 @@ bool FailOne(std::size_t index, std::size_t allocation, AllocationFault fault, c
   std::uint32_t status = 0;
   bool failed = false;
   {
-    const AllocationWatch watch(allocation, fault);
+    const AllocationWatch watch(allocation, exhausted);
     status = step.run(life);
     failed = watch.Failed();
   }
@@ -166,12 +164,12 @@ bool FailOne(std::size_t index, std::size_t allocation, AllocationFault fault, c
   return failed;
 }
 
-std::size_t FailAll(std::size_t index, AllocationFault fault, const State& after) {
+std::size_t FailAll(std::size_t index, bool exhausted, const State& after) {
   const std::size_t openFiles = OpenFiles();
   for (std::size_t allocation = 1;; ++allocation) {
     SCOPED_TRACE(testing::Message() << Life::steps[index].name << ", allocation " << allocation);
     const std::size_t live = LiveAllocations();
-    const bool failed = FailOne(index, allocation, fault, after);
+    const bool failed = FailOne(index, allocation, exhausted, after);
     EXPECT_EQ(LiveAllocations(), live);
     EXPECT_EQ(OpenFiles(), openFiles);
     if (!failed || testing::Test::HasFailure()) return allocation - 1;
@@ -185,7 +183,7 @@ TEST(MemoryFaults, AreSurvivedAtEveryAllocationOfALife) {
     Life::steps[index].prepare(undisturbed);
     ASSERT_EQ(Life::steps[index].run(undisturbed), 0u);
     const State after(undisturbed);
-    for (const AllocationFault fault : faults) count += FailAll(index, fault, after);
+    for (const bool exhausted : {false, true}) count += FailAll(index, exhausted, after);
     ASSERT_FALSE(HasFailure());
   }
   EXPECT_GT(count, 0u);
@@ -197,7 +195,7 @@ TEST(MemoryFaults, LeaveNoNewLogAndNoIterator) {
   TLTaskLog untouched = log.get();
   const std::size_t live = LiveAllocations();
   {
-    const AllocationWatch watch(1, AllocationFault::allFromOne);
+    const AllocationWatch watch(1, true);
     EXPECT_EQ(TLTaskLogCreate(&untouched), TLErrOutOfMemory);
     EXPECT_EQ(TLTaskLogGetCategories(log.get(), 0, nullptr), nullptr);
     EXPECT_EQ(TLTaskLogGetCategories(log.get(), 0, "File"), nullptr);
@@ -219,7 +217,7 @@ TEST(MemoryFaults, KeepTheIdsThatAFileGaveBefore) {
   for (bool failed = true; failed;) {
     const LogPtr log = NewLog();
     {
-      const AllocationWatch watch(ids.size() + 1, AllocationFault::one);
+      const AllocationWatch watch(ids.size() + 1);
       TLTaskLogAppendFromFile(log.get(), file.Path());
       failed = watch.Failed();
     }

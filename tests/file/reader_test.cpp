@@ -1,8 +1,7 @@
 // Whole files into logs: versions, strings, appends over what a log holds.
 #include <gtest/gtest.h>
 
-#include <filesystem>
-
+#include "support/allocations.h"
 #include "support/logs.h"
 #include "validfile.h"
 
@@ -42,15 +41,6 @@ TEST(Reader, ReadsEveryVersion) {
   }
 }
 
-TEST(Reader, SharesNamelessTestpointsOfOneId) {
-  const LogPtr log = NewLog();
-  const FileHeader header{.baseVersion = 0x0101, .fileVersion = 0x0101};
-  const std::vector<FileRecord> stamps = {{7, 9, 2000}, {7, 8, 2001}, {7, 9, 2002}};
-  EXPECT_EQ(AppendBytes(log.get(), TaskFile(header, {}, stamps, std::nullopt)), 0u);
-  EXPECT_EQ(DumpCategories(log.get()), "testpoint  id 9; testpoint  id 8");
-  EXPECT_EQ(DumpEntries(log.get()), "2000 6  -; 2001 6  -; 2002 6  -");
-}
-
 TEST(Reader, ReadsStringsUpToTheirFirstNul) {
   const std::string longest(255, 'n');
   const struct {
@@ -79,17 +69,6 @@ TEST(Reader, ReadsStringsUpToTheirFirstNul) {
   }
 }
 
-TEST(Reader, AddsAFileTwiceWithoutDoublingItsCategories) {
-  const LogPtr log = NewLog();
-  EXPECT_EQ(AppendBytes(log.get(), ValidFile(0x0103, 0x0104)), 0u);
-  EXPECT_EQ(AppendBytes(log.get(), ValidFile(0x0103, 0x0104)), 0u);
-  EXPECT_EQ(DumpEntries(log.get()),
-            "2000 0 Ctrl Idle; 2000 0 Ctrl Idle; 3000 6 TP1 Ctrl; 3000 6 TP1 Ctrl; "
-            "3500 7 OVRN Ctrl; 3500 7 OVRN Ctrl; 4000 0 Idle Ctrl; 4000 0 Idle Ctrl; "
-            "4500 2 Ctrl Idle; 4500 2 Ctrl Idle");
-  EXPECT_EQ(TLTaskLogGetCategoriesCount(log.get(), 0, nullptr), 4u);
-}
-
 TEST(Reader, MergesBehindOldEntriesOfTheSameTimeAndRefillsTheWholeLog) {
   const LogPtr log = NewLog();
   const auto words = RingWords(1000, {{4, 1000, 1}, {6, 1010, 0x9000}, {8, 1015, 2}, {4, 1020, 2}});
@@ -104,19 +83,40 @@ TEST(Reader, MergesBehindOldEntriesOfTheSameTimeAndRefillsTheWholeLog) {
   EXPECT_EQ(DumpTimes(log.get()), "2000 3000 7");
 }
 
-TEST(Reader, TellsWhatCannotBeOpenedFromWhatCannotBeRead) {
-  const std::string folder = std::filesystem::temp_directory_path().string();
-  const std::pair<const char*, std::uint32_t> cases[] = {
-      {nullptr, TLErrFileOpen},
-      {"", TLErrFileOpen},
-      {"/no such folder/log", TLErrFileOpen},
-      {folder.c_str(), TLErrFileRead},  // opens, but every read fails
+// A file that asks for much makes nothing large be allocated.
+TEST(Reader, RefusesByFault) {
+  const struct {
+    const char* name;
+    std::uint32_t status;
+    const char* times;
+  } cases[] = {
+      {"invalid/empty", TLErrFileInvalid, "400 600 50"},
+      {"invalid/wrong_marker", TLErrFileInvalid, "400 600 50"},
+      {"invalid/newer_base_version", TLErrFileVersion, "400 600 50"},
+      {"invalid/divisor_0", TLErrFileInvalid, "1000 5000 50"},
+      {"invalid/no_stamps_section", TLErrFileInvalid, "1000 5000 1000000"},
+      {"invalid/no_events_section", TLErrFileInvalid, "1000 5000 1000000"},
+      {"invalid/huge_name_length", TLErrFileInvalid, "1000 5000 1000000"},
+      {"invalid/huge_record_count", TLErrFileInvalid, "1000 5000 1000000"},
+      {"invalid/huge_section_count", TLErrFileInvalid, "1000 5000 1000000"},
+      {"valid/no_sections", 0, "1000 5000 1000000"},
+      {"valid/trailing_bytes", 0, "1000 5000 1000000"},
   };
-  for (const auto& [path, status] : cases) {
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
     const LogPtr log = NewLogWithEntry();
-    EXPECT_EQ(TLTaskLogAppendFromFile(log.get(), path), status) << (path ? path : "null");
-    EXPECT_EQ(DumpTimes(log.get()), "400 600 50");
+    const TempFile file(ReadHex("data/" + std::string(c.name) + ".hex"));
+    std::uint32_t status = 0;
+    std::size_t largestBytes = 0;
+    {
+      const AllocationWatch watch;
+      status = TLTaskLogAppendFromFile(log.get(), file.CPath());
+      largestBytes = watch.LargestBytes();
+    }
+    EXPECT_EQ(status, c.status);
+    EXPECT_EQ(DumpTimes(log.get()), c.times);
     EXPECT_EQ(DumpEntries(log.get()), "500 4 File -");
+    EXPECT_LT(largestBytes, std::size_t{1} << 20);
   }
 }
 

@@ -76,6 +76,24 @@ void CountFiles(Setting setting, const char* path) {
   Count("load", setting, [&] { Check(TLTaskLogAppendFromFile(loaded.get(), path)); });
 }
 
+// Records of one time, no two of them equal.
+std::vector<bench::Record> MakeCrowd(Setting setting) {
+  std::vector<bench::Record> crowd;
+  for (std::uint32_t i = 0; crowd.size() < setting.entries; ++i)
+    crowd.push_back({0x5000000, i / setting.taskCount, bench::TaskId(i % setting.taskCount)});
+  return crowd;
+}
+
+void CountCrowd(Setting setting, const char* path) {
+  bench::TheController() = {setting.taskCount, bench::FullRing(MakeCrowd(setting))};
+  const Log log = NewLog();
+  Count("acquire a crowd", setting, [&] { Acquire(log, 1); });
+  Count("read a crowd again", setting, [&] { Acquire(log, 1); });
+  Check(TLTaskLogSaveAsFile(log.get(), path));
+  const Log loaded = NewLog();
+  Count("load a crowd", setting, [&] { Check(TLTaskLogAppendFromFile(loaded.get(), path)); });
+}
+
 // Several polls, of which each brings some records of what the buffer holds.
 void CountPolls(Setting setting) {
   constexpr std::size_t polls = 8;
@@ -136,6 +154,7 @@ int Run() {
     CountAppends(setting);
     CountFiles(setting, path);
   }
+  for (const Setting setting : crowdSettings) CountCrowd(setting, path);
   for (const Setting setting : flatSettings) {
     CountPolls(setting);
     CountQueries(setting);

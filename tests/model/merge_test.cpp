@@ -50,54 +50,43 @@ TEST(Merge, ChangesTheTasksThatWereRunningBehindIt) {
   ExpectTrueCounts(log.get());
 }
 
-TEST(Merge, PlacesManyBetweenMany) {
+// The index over the times is renewed from where entries were added: behind all, between all, before all.
+TEST(LookUp, IsRightInALogThatGrows) {
   const LogPtr log = NewLog();
-  EXPECT_EQ(AppendRing(log.get(), RingWords(10000, Row(10000, 20, 3000))), 0u);
-  EXPECT_EQ(AppendRing(log.get(), RingWords(10010, Row(10010, 20, 3000))), 0u);
-  EXPECT_EQ(AppendRing(log.get(), RingWords(30005, Row(30005, 10, 100))), 0u);
-  std::uint64_t last = 0;
-  const TLEntryIterator iterator = TLTaskLogGetEntries(log.get(), nullptr, 0, 0, UINT64_MAX);
-  while (const TLEntry entry = TLEntryIteratorNext(iterator)) {
-    EXPECT_GT(TLEntryGetTimestamp(entry), last);
-    last = TLEntryGetTimestamp(entry);
-  }
-  TLEntryIteratorDestroy(iterator);
-  // Every range that begins or ends at one of the last row, or beside it.
-  for (std::uint64_t i = 0; i < 100; ++i) {
-    const std::uint64_t at = 30005 + 10 * i;
-    const auto count = [&](std::uint64_t from, std::uint64_t to) {
-      return TLTaskLogGetEntriesCount(log.get(), nullptr, 0, from, to);
-    };
-    EXPECT_EQ(count(10001, at), 2000 + 2 * i + 1);
-    EXPECT_EQ(count(10001, at - 1), 2000 + 2 * i);
-    EXPECT_EQ(count(at, 69989), 4098 - 2 * i);
-    EXPECT_EQ(count(at + 1, 69989), 4097 - 2 * i);
-    EXPECT_EQ(count(at, at), 1u);
-  }
-}
-
-TEST(LookUp, IsRightInLogsOfAnySize) {
-  for (const std::uint64_t size : {1, 2, 15, 16, 17, 255, 256, 257, 4095, 4096, 4097, 4369}) {
-    const LogPtr log = NewLog();
-    EXPECT_EQ(AppendRing(log.get(), RingWords(1000, Row(1000, 10, size))), 0u);
-    for (std::uint64_t i = 0; i<size; i += size> 300 ? 7 : 1) {
-      const std::uint64_t at = 1000 + 10 * i;
+  std::uint64_t held = 0;
+  const auto grow = [&](std::uint64_t begin, std::uint64_t step, std::uint64_t size) {
+    EXPECT_EQ(AppendRing(log.get(), RingWords(begin, Row(begin, step, size))), 0u);
+    held += size;
+    std::vector<std::uint64_t> times;
+    const TLEntryIterator iterator = TLTaskLogGetEntries(log.get(), nullptr, 0, 0, UINT64_MAX);
+    while (const TLEntry entry = TLEntryIteratorNext(iterator)) times.push_back(TLEntryGetTimestamp(entry));
+    TLEntryIteratorDestroy(iterator);
+    ASSERT_EQ(times.size(), held);
+    for (std::uint64_t i = 0; i<held; i += held> 600 ? 7 : 1) {
+      ASSERT_TRUE(i == 0 || times[i - 1] < times[i]) << i;
       const auto count = [&](std::uint64_t from, std::uint64_t to) {
         return TLTaskLogGetEntriesCount(log.get(), nullptr, 0, from, to);
       };
-      ASSERT_EQ(count(at, UINT64_MAX), size - i) << size;
-      ASSERT_EQ(count(at + 1, UINT64_MAX), size - i - 1) << size;
-      ASSERT_EQ(count(0, at), i + 1) << size;
-      ASSERT_EQ(count(0, at - 1), i) << size;
+      ASSERT_EQ(count(times[i], UINT64_MAX), held - i) << held;
+      ASSERT_EQ(count(times[i] + 1, UINT64_MAX), held - i - 1) << held;
+      ASSERT_EQ(count(0, times[i]), i + 1) << held;
+      ASSERT_EQ(count(0, times[i] - 1), i) << held;
     }
-  }
+  };
+  for (const std::uint64_t size : {1, 2, 15, 16, 17, 255, 256, 257, 4095, 4096, 4097, 4369})
+    grow(100000 + 20 * held, 20, size - held);
+  grow(100010, 20, 3000);
+  grow(50000, 10, 300);
 }
 
 TEST(Counts, OfAnotherLogsCategoryAre0) {
   const LogPtr log = NewLog();
   EXPECT_EQ(AppendRing(log.get(), RingWords(1000, {{4, 1000, 1}, {4, 1010, 2}})), 0u);
   const LogPtr other = NewLog();
-  EXPECT_EQ(AppendBytes(other.get(), TaskFile({}, {{"A"}, {"B"}, {"C"}, {"D"}, {"E"}, {"F"}, {"G"}})), 0u);
+  std::vector<FileSection> sections;
+  for (const char* name : {"A", "B", "C", "D", "E", "F", "G"})
+    sections.push_back({name, 0, 0, {{2, 0, 2000}}});
+  EXPECT_EQ(AppendBytes(other.get(), TaskFile({}, sections)), 0u);
   for (const char* name : {"A", "G"})  // a place that a category of the log has, and one that none has
     EXPECT_EQ(TLTaskLogGetEntriesCount(log.get(), CategoryNamed(other.get(), name), 0, 0, UINT64_MAX), 0u);
 }

@@ -1,37 +1,10 @@
-// Random records and rings, and entries as values. All categories here have names of their own, which tell
-// them apart.
+// Random records and rings. All categories have names of their own, without spaces, which tell them apart.
 #pragma once
 
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
 #include "support/logs.h"
-
-// "-" stands for an empty slot.
-struct EntryLine {
-  std::uint64_t timestamp;
-  ETLLogType type;
-  std::string slot0;
-  std::string slot1;
-
-  auto operator<=>(const EntryLine&) const = default;
-  friend std::ostream& operator<<(std::ostream& out, const EntryLine& line) {
-    return out << line.timestamp << ' ' << line.type << ' ' << line.slot0 << ' ' << line.slot1;
-  }
-};
-using EntryLines = std::vector<EntryLine>;
-
-inline EntryLines LinesOf(TLTaskLog log, TLCategory category = nullptr, std::uint64_t types = anyType) {
-  const auto name = [](TLCategory slot) { return std::string(slot ? TLCategoryGetName(slot) : "-"); };
-  EntryLines lines;
-  const TLEntryIterator iterator = TLTaskLogGetEntries(log, category, types, 0, UINT64_MAX);
-  while (const TLEntry entry = TLEntryIteratorNext(iterator)) {
-    lines.push_back({TLEntryGetTimestamp(entry), TLEntryGetType(entry), name(TLEntryGetCategory(entry, 0)),
-                     name(TLEntryGetCategory(entry, 1))});
-  }
-  TLEntryIteratorDestroy(iterator);
-  return lines;
-}
 
 inline std::ostream& operator<<(std::ostream& out, const RingRecord& record) {
   return out << '{' << record.type << ", " << record.tick << ", " << record.id << '}';

@@ -1,21 +1,14 @@
-// Watches the allocations of a test program and makes them fail: those by operator new, and by malloc, calloc
-// and realloc in what is linked into the program itself.
+// Watches the allocations of a test program and makes them fail: those by operator new, and by malloc,
+// calloc, realloc, mmap and mremap in what is linked into the program itself.
 #pragma once
 
 #include <cstddef>
 
-// Which allocation is number n, and which fail with it.
-enum class AllocationFault {
-  oneByNew,   // the n-th by operator new alone
-  one,        // the n-th of any kind
-  allFromOne  // the n-th of any kind and all behind it: memory is exhausted and stays so
-};
-
 // Watches while it lives; one at a time. The allocations of the scripted target are passed over.
 class AllocationWatch {
  public:
-  // Number `failing` fails, counted from 1; 0 fails none.
-  explicit AllocationWatch(std::size_t failing = 0, AllocationFault fault = AllocationFault::oneByNew);
+  // Number `failing` fails, counted from 1, and with `exhausted` all behind it; 0 fails none.
+  explicit AllocationWatch(std::size_t failing = 0, bool exhausted = false);
   ~AllocationWatch();
   AllocationWatch(const AllocationWatch&) = delete;
   AllocationWatch& operator=(const AllocationWatch&) = delete;
@@ -36,5 +29,5 @@ class AllocationPause {
   bool watching_;
 };
 
-// Blocks that are allocated and not freed, by the program from its beginning on.
+// Blocks and mapped bytes that are allocated and not freed, by the program from its beginning on.
 std::size_t LiveAllocations();

@@ -36,7 +36,7 @@ std::string TimingIssueName(std::uint32_t code) {
 
 // Truncated toward zero; what no 64-bit integer holds counts as 0.
 std::int64_t Truncated(double value) {
-  return std::isfinite(value) && std::abs(value) < 0x1p63 ? static_cast<std::int64_t>(value) : 0;
+  return value >= -0x1p63 && value < 0x1p63 ? static_cast<std::int64_t>(value) : 0;
 }
 
 std::uint32_t Low(double value) { return static_cast<std::uint32_t>(Truncated(value)); }

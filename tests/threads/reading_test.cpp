@@ -44,27 +44,19 @@ struct Answers {
 
 constexpr int rounds = 4;
 
+// First beside each other, then while another log is filled, too.
 TEST(ReadingThreads, GetTheAnswersThatOneThreadGets) {
   const Machine machine;
   const LogPtr log = Recorded(machine);
   const Answers expected(log.get());
   EXPECT_EQ(expected.counts[0], 801u + 498u);  // kernel 1 up to 200 ms, the scheduler up to 199 ms
   EXPECT_EQ(CountIn(expected.window), 133u);
-  InThreads([&](int) {
-    for (int round = 0; round < rounds; ++round) EXPECT_TRUE(Answers(log.get()) == expected);
-  });
-}
-
-TEST(ReadingThreads, MayRunWhileOtherLogsAreFilled) {
-  const Machine machine;
-  const LogPtr log = Recorded(machine);
-  const Answers expected(log.get());
-  InThreads([&](int number) {
-    if (number == 0) {
-      EXPECT_GE(CountIn(DumpEntries(Recorded(machine).get())), 801u);
-    }
-    for (int round = 0; round < rounds; ++round) EXPECT_TRUE(Answers(log.get()) == expected);
-  });
+  for (const bool filling : {false, true}) {
+    InThreads([&](int number) {
+      if (filling && number == 0) Recorded(machine);
+      for (int round = 0; round < rounds; ++round) EXPECT_TRUE(Answers(log.get()) == expected);
+    });
+  }
 }
 
 }  // namespace
