@@ -6,22 +6,21 @@
 
 #include "model/model.h"
 
-// A look-aside in front of the log's registry. No two testpoints share name and id, no two timing issues a
-// name, so a category that fits is the one wanted.
+// A look-aside in front of the log's registry, for one section, whose categories are of one kind. No two
+// testpoints share name and id, no two timing issues a name, so a category that fits is the one wanted.
 class EventCategories {
  public:
   explicit EventCategories(_STLTaskLog& log) : log_(log) {}
 
   _STLCategory* Testpoint(std::string_view name, u32 id) {
     _STLCategory*& place = recent_[(std::hash<std::string_view>()(name) + id) % recentCount];
-    if (!place || place->GetType() != TLCatTestpoint || place->GetId() != id || place->name != name)
+    if (!place || place->GetId() != id || place->name != name)
       place = log_.FindOrCreateTestpoint(std::string(name), id);
     return place;
   }
   _STLCategory* TimingIssue(std::string_view name) {
     _STLCategory*& place = recent_[std::hash<std::string_view>()(name) % recentCount];
-    if (!place || place->GetType() != TLCatTimingIssue || place->name != name)
-      place = log_.FindOrCreateTimingIssue(std::string(name));
+    if (!place || place->name != name) place = log_.FindOrCreateTimingIssue(std::string(name));
     return place;
   }
 

@@ -88,7 +88,7 @@ class Sink {
 
  private:
   void Write(const void* bytes, std::size_t size) {
-    if (size != 0 && fwrite_unlocked(bytes, 1, size, file_) != size) throw u32{TLErrFileWrite};
+    if (fwrite_unlocked(bytes, 1, size, file_) != size) throw u32{TLErrFileWrite};
   }
 
   std::FILE* file_;  // borrowed

@@ -77,8 +77,7 @@ void CTaskWriter::WriteEntry(const _STLEntry* entry, const _STLCategory* task) {
   lastKoType_ = loggerKoTypes[2 * entry->type + (task && task == subject ? 1 : 0)];
   if (recordsWritten_ == 0 && entry->timestamp != startTime_) WriteProlog();
   WriteRecord(lastKoType_, subject ? subject->GetId() : 0, entry->timestamp);
-  if (entry->type == TLLogTestpoint || entry->type == TLLogTimingIssue)
-    WriteString(sink_, subject ? subject->name : std::string());
+  if (entry->type == TLLogTestpoint || entry->type == TLLogTimingIssue) WriteString(sink_, subject->name);
 }
 
 // States what the task did from its last record to the stop time.

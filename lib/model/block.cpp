@@ -24,7 +24,7 @@ void* Map(std::size_t sizeBytes, int protection) {
   const std::size_t before = ToLargePage(reinterpret_cast<std::uintptr_t>(memory));
   auto* const block = static_cast<char*>(memory) + before;
   if (before > 0) munmap(memory, before);
-  if (before < largePageSize) munmap(block + sizeBytes, largePageSize - before);
+  munmap(block + sizeBytes, largePageSize - before);
   return block;
 }
 

