@@ -4,10 +4,13 @@
 
 #include <tasklog/tasklog.h>
 
+#include <array>
 #include <cstddef>
 #include <functional>
 #include <map>
 #include <string>
+#include <string_view>
+#include <tuple>
 #include <vector>
 
 #include "model/entry.h"
@@ -69,16 +72,17 @@ struct _STLCategoryIterator {
   virtual const _STLCategory* Next() = 0;
 };
 
-// Walks categories in the order of their creation.
-class STLCategoryIteratorVec final : public _STLCategoryIterator {
+// Walks a stretch of a container of categories.
+template <class ContainerPosition>
+class CategoryWalk : public _STLCategoryIterator {
  public:
-  using Position = std::vector<_STLCategory*>::const_iterator;
+  using Position = ContainerPosition;
   struct Matches {
     u64 types;
     bool operator()(const _STLCategory& category) const { return MaskHas(types, category.GetType()); }
   };
 
-  STLCategoryIteratorVec(Position begin, Position end, Matches matches)
+  CategoryWalk(Position begin, Position end, Matches matches)
       : current_(begin), end_(end), matches_(matches) {}
   const _STLCategory* Next() override;
 
@@ -86,26 +90,33 @@ class STLCategoryIteratorVec final : public _STLCategoryIterator {
   Position current_;
   Position end_;
   Matches matches_;
+};
+
+// Walks categories in the order of their creation.
+class STLCategoryIteratorVec final : public CategoryWalk<std::vector<_STLCategory*>::const_iterator> {
+  using CategoryWalk::CategoryWalk;
 };
 
 // Walks the categories of one name.
-class STLCategoryIteratorMap final : public _STLCategoryIterator {
- public:
-  using Position = CategoryIndex::const_iterator;
-  struct Matches {
-    u64 types;
-    bool operator()(const _STLCategory& category) const { return MaskHas(types, category.GetType()); }
-  };
-
-  STLCategoryIteratorMap(Position begin, Position end, Matches matches)
-      : current_(begin), end_(end), matches_(matches) {}
-  const _STLCategory* Next() override;
-
- private:
-  Position current_;
-  Position end_;
-  Matches matches_;
+class STLCategoryIteratorMap final : public CategoryWalk<CategoryIndex::const_iterator> {
+  using CategoryWalk::CategoryWalk;
 };
+
+// What a category is known by within its log: of a task name, priority and time slice, of a testpoint name
+// and id, of a timing issue the name.
+struct CategoryKey {
+  explicit CategoryKey(const _STLCategory& category);
+  CategoryKey(std::string_view categoryName, ETLCatType kind, u32 first = 0, u32 second = 0)
+      : name(categoryName), properties{kind, first, second} {}
+  bool operator<(const CategoryKey& other) const {
+    return std::tie(name, properties) < std::tie(other.name, other.properties);
+  }
+
+  std::string_view name;  // the category's
+  std::array<u32, 3> properties;
+};
+
+using CategorySet = std::map<CategoryKey, _STLCategory*>;
 
 struct _STLEntryIterator {
  public:
@@ -211,11 +222,12 @@ struct _STLTaskLog {
   void SetRunning(_STLEntry& entry, _STLCategory* running);
   void WidenPeriod();
   void ReadSections(Source& source, EntryMap& map);  // throws a u32 status
-  template <class Category, class Same>
-  Category* Find(const std::string& name, Same same) const;
-  template <class Category, class Same, class... Properties>
-  Category* FindOrCreate(const std::string& name, Same same, Properties... properties);
+  template <class Category>
+  Category* Find(const CategoryKey& key) const;
+  template <class Category, class... Properties>
+  Category* FindOrCreate(const CategoryKey& key, const std::string& name, Properties... properties);
 
+  CategorySet categoriesByKey_;
   EntryCounts entryCounts_;  // of all entries
   TimeIndex timeIndex_;      // of all entries
 };
