@@ -12,16 +12,17 @@
 namespace {
 
 // Below, the end of a block in its last large page would weigh too much.
-constexpr std::size_t smallestLarge = 2 * largePageSize;
+constexpr std::size_t smallestLarge = thresholds::smallestLarge;
 
-std::size_t ToLargePage(std::uintptr_t address) { return -address % largePageSize; }
+// From an address, or a size, up to the next multiple of a large page.
+std::size_t DistanceToLargePage(std::uintptr_t address) { return -address % largePageSize; }
 
 // Address space for a large block; null when there is none.
 void* Map(std::size_t sizeBytes, int protection) {
   const std::size_t mapped = sizeBytes + largePageSize;
   void* const memory = mmap(nullptr, mapped, protection, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   if (memory == MAP_FAILED) return nullptr;
-  const std::size_t before = ToLargePage(reinterpret_cast<std::uintptr_t>(memory));
+  const std::size_t before = DistanceToLargePage(reinterpret_cast<std::uintptr_t>(memory));
   auto* const block = static_cast<char*>(memory) + before;
   if (before > 0) munmap(memory, before);
   munmap(block + sizeBytes, largePageSize - before);
@@ -45,7 +46,7 @@ void* Remap(void* block, std::size_t oldSize, std::size_t newSize) {
   return nullptr;
 }
 
-void Free(void* block, std::size_t sizeBytes) {
+void Release(void* block, std::size_t sizeBytes) {
   if (sizeBytes >= smallestLarge)
     munmap(block, sizeBytes);
   else
@@ -55,7 +56,7 @@ void Free(void* block, std::size_t sizeBytes) {
 }  // namespace
 
 void PreferLargePages(void* memory, std::size_t sizeBytes) {
-  const std::size_t before = ToLargePage(reinterpret_cast<std::uintptr_t>(memory));
+  const std::size_t before = DistanceToLargePage(reinterpret_cast<std::uintptr_t>(memory));
   if (sizeBytes < before + largePageSize) return;
   const std::size_t whole = (sizeBytes - before) / largePageSize * largePageSize;
   madvise(static_cast<char*>(memory) + before, whole, MADV_HUGEPAGE);
@@ -64,7 +65,7 @@ void PreferLargePages(void* memory, std::size_t sizeBytes) {
 bool Block::Resize(std::size_t sizeBytes) {
   if (sizeBytes > PTRDIFF_MAX / 2) return false;
   if (sizeBytes == 0) {
-    Free(data_, sizeBytes_);
+    Release(data_, sizeBytes_);
     data_ = nullptr;
     sizeBytes_ = 0;
     return true;
@@ -72,7 +73,7 @@ bool Block::Resize(std::size_t sizeBytes) {
   // A large block stays large for a while, so that one which grows and shrinks is not copied each time.
   const bool wasLarge = sizeBytes_ >= smallestLarge;
   const bool isLarge = sizeBytes >= (wasLarge ? smallestLarge / 2 : smallestLarge);
-  if (isLarge) sizeBytes = std::max(sizeBytes + ToLargePage(sizeBytes), smallestLarge);
+  if (isLarge) sizeBytes = std::max(sizeBytes + DistanceToLargePage(sizeBytes), smallestLarge);
   if (isLarge != wasLarge) return MoveTo(isLarge ? MapFresh(sizeBytes) : std::malloc(sizeBytes), sizeBytes);
 
   void* const data = isLarge ? Remap(data_, sizeBytes_, sizeBytes) : std::realloc(data_, sizeBytes);
@@ -86,7 +87,7 @@ bool Block::Resize(std::size_t sizeBytes) {
 bool Block::MoveTo(void* fresh, std::size_t sizeBytes) {
   if (!fresh) return false;
   if (data_) std::memcpy(fresh, data_, std::min(sizeBytes, sizeBytes_));
-  Free(data_, sizeBytes_);
+  Release(data_, sizeBytes_);
   data_ = fresh;
   sizeBytes_ = sizeBytes;
   return true;

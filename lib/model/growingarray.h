@@ -12,7 +12,7 @@
 // built in the spare room, unseen until they are taken over: a failure leaves nothing to undo.
 template <class Value>
 class GrowingArray {
-  static_assert(std::is_trivially_copyable_v<Value> && largePageSize % sizeof(Value) == 0);
+  static_assert(std::is_trivially_copyable_v<Value>);
 
  public:
   std::size_t size() const { return size_; }
