@@ -40,8 +40,8 @@ class Mirror {
   std::uint32_t AppendFromFile(const Bytes& file);
   Bytes Save() const;
 
-  // Both hold the same times, categories and entries, and the entries lie in time order. Due after each append,
-  // before questions are asked.
+  // Both hold the same times, categories and entries, and the entries lie in time order. Due after each
+  // append, before questions are asked.
   void RequireSame();
 
   // The entries and their count.
