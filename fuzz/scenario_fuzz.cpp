@@ -48,9 +48,9 @@ bool IsQuick(const sim::Scenario& scenario) {
   double records =
       static_cast<double>(stepNs) / 1e9 * static_cast<double>(scenario.Clock().ticksPerSecond) / span;
   std::size_t slots = 0;
-  for (const sim::CoreSpec& core : scenario.cores) {
-    slots += core.slotCount;
-    for (const sim::Task& task : core.tasks) {
+  for (const sim::ProcessorSpec& processor : scenario.processors) {
+    slots += processor.slotCount;
+    for (const sim::Task& task : processor.tasks) {
       records += static_cast<double>(stepNs) / static_cast<double>(ShortestNs(task)) *
                  static_cast<double>(task.actions.size() + 2);
     }
@@ -63,15 +63,15 @@ void ReadTwice(const sim::Scenario& scenario) {
   std::uint64_t nowNs = 0;
   sim::Controller controller(scenario, sim::StateStore(), [&nowNs] { return nowNs += contactNs; });
   current = &controller;
-  for (const sim::CoreSpec& core : scenario.cores) {
-    const bool named = core.number > 0 && core.number < 9;
-    TLStartLog(named ? ("sim/@" + std::to_string(core.number)).c_str() : "sim", "");
+  for (const sim::ProcessorSpec& processor : scenario.processors) {
+    const bool named = processor.number > 0 && processor.number < 9;
+    TLStartLog(named ? ("sim/@" + std::to_string(processor.number)).c_str() : "sim", "");
   }
   const LogPtr log = NewLog();
   std::uint64_t before = 0;
   for (int round = 0; round < 2; ++round) {
-    for (const sim::CoreSpec& core : scenario.cores) {
-      TLTaskLogAppendFromTarget(log.get(), "sim", core.number, nullptr, nullptr);
+    for (const sim::ProcessorSpec& processor : scenario.processors) {
+      TLTaskLogAppendFromTarget(log.get(), "sim", processor.number, nullptr, nullptr);
       const std::uint64_t count = TLTaskLogGetEntriesCount(log.get(), nullptr, anyType, 0, UINT64_MAX);
       fuzz::Require(count >= before, "an append loses nothing");
       before = count;

@@ -7,9 +7,20 @@
 #include <string_view>
 #include <vector>
 
-#include "tickclock.h"
-
 namespace sim {
+
+inline constexpr uint64_t nsPerSecond = 1'000'000'000;
+
+// Controller time, in nanoseconds since power-on, to timer ticks.
+struct TickClock {
+  uint64_t ticksPerSecond;
+  uint64_t startTicks;  // at power-on
+
+  // Whole seconds apart, so that nothing overflows: a rate is at most 1e10.
+  uint64_t At(uint64_t ns) const {
+    return startTicks + ns / nsPerSecond * ticksPerSecond + ns % nsPerSecond * ticksPerSecond / nsPerSecond;
+  }
+};
 
 inline constexpr int schedulerNumber = -1;
 
@@ -47,7 +58,7 @@ struct Testpoint {
 };
 
 // One processor with its task set and its logger: the scheduler's, or that of a numbered kernel.
-struct CoreSpec {
+struct ProcessorSpec {
   int number = schedulerNumber;
   uint32_t slotCount = 0;
   uint32_t bufferAddress = 0;
@@ -79,7 +90,7 @@ struct Scenario {
   std::optional<std::string> cpu;
   std::optional<double> cpuClockHz;
   std::optional<double> busClockHz;
-  std::vector<CoreSpec> cores;
+  std::vector<ProcessorSpec> processors;
   std::vector<Fault> faults;
 
   TickClock Clock() const;

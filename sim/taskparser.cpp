@@ -1,8 +1,8 @@
-// The task set of one core.
+// The task set of one processor.
 #include <algorithm>
 
 #include "parser.h"
-#include "section.h"
+#include "tomltable.h"
 
 namespace sim {
 namespace {
@@ -13,39 +13,40 @@ constexpr size_t mostTestpoints = 4096;
 constexpr uint32_t firstTestpointAddress = 0x00FF0000;
 constexpr uint32_t testpointDistance = 16;
 
-std::string ParseName(Section& section, const char* key) {
-  const std::string name = section.RequiredText(key);
+std::string ParseName(TomlTable& table, const char* key) {
+  const std::string name = table.RequiredText(key);
   const bool plain =
       std::all_of(name.begin(), name.end(), [](unsigned char c) { return c >= 0x20 && c != 0x7F; });
-  if (name.size() > longestName || !plain) section.Fail(key, "at most 200 bytes without control characters");
+  if (name.size() > longestName || !plain) table.Fail(key, "at most 200 bytes without control characters");
   return name;
 }
 
 // A code is packed as a record holds it: the first character in the top byte.
-uint32_t ParseCode(Section& section, const char* key, const std::string& text) {
+uint32_t ParseCode(TomlTable& table, const char* key, const std::string& text) {
   const bool printable = std::all_of(text.begin(), text.end(), [](char c) { return c >= 0x20 && c <= 0x7E; });
-  if (text.size() != 4 || !printable) section.Fail(key, "four printable characters");
+  if (text.size() != 4 || !printable) table.Fail(key, "four printable characters");
   uint32_t code = 0;
   for (const char c : text) code = code << 8 | static_cast<unsigned char>(c);
   return code;
 }
 
-// Reads the actions of one task. The tasks of the core are all known by name.
+// Reads the actions of one task. The tasks of the processor are all known by name.
 class ActionParser {
  public:
-  ActionParser(CoreSpec& core, Task& task, NamesInUse& names) : core_(core), task_(task), names_(names) {}
+  ActionParser(ProcessorSpec& processor, Task& task, NamesInUse& names)
+      : processor_(processor), task_(task), names_(names) {}
 
-  void Parse(Section& section) {
-    for (Section& item : section.Tables("testpoints")) ParseTestpoint(item);
-    for (Section& item : section.Tables("events")) ParseEvent(item);
-    for (Section& item : section.Tables("issues")) ParseIssue(item);
-    for (Section& item : section.Tables("waits")) ParseWait(item);
+  void Parse(TomlTable& table) {
+    for (TomlTable& item : table.Tables("testpoints")) ParseTestpoint(item);
+    for (TomlTable& item : table.Tables("events")) ParseEvent(item);
+    for (TomlTable& item : table.Tables("issues")) ParseIssue(item);
+    for (TomlTable& item : table.Tables("waits")) ParseWait(item);
     std::stable_sort(task_.actions.begin(), task_.actions.end(),
                      [](const Action& a, const Action& b) { return a.atNs < b.atNs; });
   }
 
  private:
-  void Add(Section& item, Action action) {
+  void Add(TomlTable& item, Action action) {
     action.atNs = item.Duration("at").value_or(0);
     if (action.atNs > task_.runNs + task_.jitterNs + task_.overrunByNs) {
       item.Fail("at", "a point within the longest run time of the task");
@@ -55,24 +56,24 @@ class ActionParser {
     task_.actions.push_back(action);
   }
 
-  void ParseTestpoint(Section& item) {
+  void ParseTestpoint(TomlTable& item) {
     const std::string name = ParseName(item, "name");
     auto& addresses = names_.testpointAddresses;
     const auto isOurs = [&name](const Testpoint& point) { return point.name == name; };
-    if (std::none_of(core_.testpoints.begin(), core_.testpoints.end(), isOurs)) {
+    if (std::none_of(processor_.testpoints.begin(), processor_.testpoints.end(), isOurs)) {
       if (addresses.contains(name)) item.Fail("name", "a testpoint that no other kernel has");
       if (addresses.size() == mostTestpoints) item.Fail("at most 4096 testpoints");
       addresses[name] = firstTestpointAddress + static_cast<uint32_t>(addresses.size()) * testpointDistance;
-      core_.testpoints.push_back({name, addresses[name]});
+      processor_.testpoints.push_back({name, addresses[name]});
     }
     Action action{Action::Kind::testpoint};
     action.id = addresses[name];
     Add(item, action);
   }
 
-  void ParseEvent(Section& item) {
+  void ParseEvent(TomlTable& item) {
     const std::string name = ParseName(item, "task");
-    const auto& tasks = core_.tasks;
+    const auto& tasks = processor_.tasks;
     const auto found =
         std::find_if(tasks.begin(), tasks.end(), [&](const Task& task) { return task.name == name; });
     if (found == tasks.end()) item.Fail("task", "the name of a task of the same kernel");
@@ -81,28 +82,28 @@ class ActionParser {
     Add(item, action);
   }
 
-  void ParseIssue(Section& item) {
+  void ParseIssue(TomlTable& item) {
     Action action{Action::Kind::issue};
     action.id = ParseCode(item, "code", item.RequiredText("code"));
     Add(item, action);
   }
 
-  void ParseWait(Section& item) {
+  void ParseWait(TomlTable& item) {
     Action action{Action::Kind::wait};
     action.lastsNs = item.RequiredDuration("for", 1);
     Add(item, action);
   }
 
-  CoreSpec& core_;
+  ProcessorSpec& processor_;
   Task& task_;
   NamesInUse& names_;
 };
 
-void ParseRunTime(Section& section, Task& task) {
-  task.runNs = section.RequiredDuration("run", 1);
-  task.jitterNs = section.Duration("jitter").value_or(0);
-  if (task.jitterNs >= task.runNs) section.Fail("jitter", "less than the run time");
-  if (auto overrun = section.Table("overrun")) {
+void ParseRunTime(TomlTable& table, Task& task) {
+  task.runNs = table.RequiredDuration("run", 1);
+  task.jitterNs = table.Duration("jitter").value_or(0);
+  if (task.jitterNs >= task.runNs) table.Fail("jitter", "less than the run time");
+  if (auto overrun = table.Table("overrun")) {
     const auto every = overrun->Integer("every", 1, INT64_MAX);
     if (!every) overrun->Fail("every", "a number of cycles");
     task.overrunEvery = static_cast<uint64_t>(*every);
@@ -111,57 +112,57 @@ void ParseRunTime(Section& section, Task& task) {
   }
 }
 
-void ParseRelease(Section& section, Task& task) {
-  task.periodNs = section.Duration("period", 1).value_or(0);
-  task.offsetNs = section.Duration("offset").value_or(0);
-  if (task.offsetNs > 0 && task.periodNs == 0) section.Fail("offset", "a period with it");
-  task.deadlineNs = section.Duration("deadline", 1).value_or(0);
+void ParseRelease(TomlTable& table, Task& task) {
+  task.periodNs = table.Duration("period", 1).value_or(0);
+  task.offsetNs = table.Duration("offset").value_or(0);
+  if (task.offsetNs > 0 && task.periodNs == 0) table.Fail("offset", "a period with it");
+  task.deadlineNs = table.Duration("deadline", 1).value_or(0);
   if (task.periodNs > 0 && task.deadlineNs >= task.periodNs) {
-    section.Fail("deadline", "less than the period, which is the deadline anyway");
+    table.Fail("deadline", "less than the period, which is the deadline anyway");
   }
-  task.lateIssue = ParseCode(section, "late_issue", section.Text("late_issue").value_or("OVRN"));
+  task.lateIssue = ParseCode(table, "late_issue", table.Text("late_issue").value_or("OVRN"));
 }
 
 // Hosts tell tasks apart by name, also those of several kernels in one log.
-void ClaimName(Section& section, const char* key, const std::string& name, NamesInUse& names) {
-  if (!names.tasks.insert(name).second) section.Fail(key, "a name that no other task has");
+void ClaimName(TomlTable& table, const char* key, const std::string& name, NamesInUse& names) {
+  if (!names.tasks.insert(name).second) table.Fail(key, "a name that no other task has");
 }
 
-Task ParseTask(Section& section, NamesInUse& names) {
+Task ParseTask(TomlTable& table, NamesInUse& names) {
   Task task;
-  task.name = ParseName(section, "name");
-  ClaimName(section, "name", task.name, names);
-  const auto priority = section.Integer("priority", 1, 255);
-  if (!priority) section.Fail("priority", "an integer from 1 to 255");
+  task.name = ParseName(table, "name");
+  ClaimName(table, "name", task.name, names);
+  const auto priority = table.Integer("priority", 1, 255);
+  if (!priority) table.Fail("priority", "an integer from 1 to 255");
   task.priority = static_cast<uint8_t>(*priority);
   // A host reads the slice as microseconds in 32 bits; an hour fits.
-  task.sliceNs = section.Duration("slice", 1000).value_or(0);
-  if (task.sliceNs > 3600 * nsPerSecond) section.Fail("slice", "at most an hour");
-  ParseRunTime(section, task);
-  ParseRelease(section, task);
+  task.sliceNs = table.Duration("slice", 1000).value_or(0);
+  if (task.sliceNs > 3600 * nsPerSecond) table.Fail("slice", "at most an hour");
+  ParseRunTime(table, task);
+  ParseRelease(table, task);
   return task;
 }
 
-Task IdleTask(Section& section, int number, NamesInUse& names) {
+Task IdleTask(TomlTable& table, int number, NamesInUse& names) {
   Task idle;
   idle.name = number == schedulerNumber ? "Idle" : "Idle" + std::to_string(number);
-  if (section.Text("idle")) idle.name = ParseName(section, "idle");
-  ClaimName(section, "idle", idle.name, names);
+  if (table.Text("idle")) idle.name = ParseName(table, "idle");
+  ClaimName(table, "idle", idle.name, names);
   return idle;
 }
 
 }  // namespace
 
-void ParseTasks(Section& section, CoreSpec& core, uint32_t firstTaskId, NamesInUse& names) {
-  std::vector<Section> items = section.Tables("task");
-  if (items.size() > mostTasks) section.Fail("task", "at most 10000 tasks");
-  for (Section& item : items) core.tasks.push_back(ParseTask(item, names));
+void ParseTasks(TomlTable& table, ProcessorSpec& processor, uint32_t firstTaskId, NamesInUse& names) {
+  std::vector<TomlTable> items = table.Tables("task");
+  if (items.size() > mostTasks) table.Fail("task", "at most 10000 tasks");
+  for (TomlTable& item : items) processor.tasks.push_back(ParseTask(item, names));
   for (size_t i = 0; i < items.size(); ++i) {
-    ActionParser(core, core.tasks[i], names).Parse(items[i]);
+    ActionParser(processor, processor.tasks[i], names).Parse(items[i]);
     items[i].Finish();
   }
-  core.tasks.push_back(IdleTask(section, core.number, names));
-  for (Task& task : core.tasks) task.id = firstTaskId++;
+  processor.tasks.push_back(IdleTask(table, processor.number, names));
+  for (Task& task : processor.tasks) task.id = firstTaskId++;
 }
 
 }  // namespace sim

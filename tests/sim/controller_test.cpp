@@ -43,7 +43,7 @@ slots = 512
 task = [{name = "A", priority = 9, period = "3ms", run = "1ms", jitter = "900us"},
         {name = "Rare", priority = 9, period = "70ms", offset = "35ms", run = "1ms"}])",
                                       "wall.toml");
-    scenario.cores[0].slotCount = slots;
+    scenario.processors[0].slotCount = slots;
     return std::make_unique<Controller>(std::move(scenario), StateStore(path_), [this] {
       if (const auto once = std::exchange(meanwhile_, nullptr)) once();
       return wallNs_;

@@ -1,6 +1,6 @@
 // The scheduler against schedules worked out by hand, in schedules/*.toml: the comments "#> TIME TYPE
 // SUBJECT" are the records due, in microseconds from the start of the logger.
-#include "core.h"
+#include "taskrunner.h"
 
 #include <gtest/gtest.h>
 
@@ -15,7 +15,7 @@
 namespace sim {
 namespace {
 
-std::string NameOf(const CoreSpec& spec, uint32_t id) {
+std::string NameOf(const ProcessorSpec& spec, uint32_t id) {
   for (const Task& task : spec.tasks) {
     if (task.id == id) return task.name;
   }
@@ -29,12 +29,12 @@ std::string NameOf(const CoreSpec& spec, uint32_t id) {
 
 // What the tasks do in one step of the clock, taken in strides of so many nanoseconds.
 std::string Records(const Scenario& scenario, uint64_t strideNs) {
-  const CoreSpec& spec = scenario.cores[0];
+  const ProcessorSpec& spec = scenario.processors[0];
   Logger logger(spec.slotCount, scenario.tickBits);
-  Core core(spec, scenario.seed, scenario.Clock(), logger);
-  logger.Start(scenario.startTicks, core.RunningTaskId(), std::nullopt);
-  for (uint64_t now = strideNs; now < scenario.stepNs; now += strideNs) core.AdvanceBefore(now);
-  core.AdvanceBefore(scenario.stepNs);
+  TaskRunner processor(spec, scenario.seed, scenario.Clock(), logger);
+  logger.Start(scenario.startTicks, processor.RunningTaskId(), std::nullopt);
+  for (uint64_t now = strideNs; now < scenario.stepNs; now += strideNs) processor.AdvanceBefore(now);
+  processor.AdvanceBefore(scenario.stepNs);
   std::ostringstream lines;
   for (const auto& record : simtest::RingReader(logger.Words()).Records()) {
     lines << "#> " << record.time - scenario.startTicks << ' ' << record.type << ' '
@@ -43,7 +43,7 @@ std::string Records(const Scenario& scenario, uint64_t strideNs) {
   return lines.str();
 }
 
-TEST(Core, KeepsToTheSchedule) {
+TEST(TaskRunner, KeepsToTheSchedule) {
   int count = 0;
   for (const auto& file : std::filesystem::directory_iterator(SIM_SCHEDULES)) {
     std::ifstream stream(file.path());

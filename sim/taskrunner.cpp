@@ -1,18 +1,18 @@
 // The scheduler. At one instant the running task acts first, then the timers, all of them before the highest
 // ready task gets the processor.
-#include "core.h"
+#include "taskrunner.h"
 
 #include <algorithm>
 #include <tuple>
 
 namespace sim {
 
-Core::Core(const CoreSpec& spec, uint64_t seed, TickClock clock, Logger& logger)
+TaskRunner::TaskRunner(const ProcessorSpec& spec, uint64_t seed, TickClock clock, Logger& logger)
     : spec_(spec), seed_(seed), clock_(clock), logger_(logger), ready_(spec.tasks.size()) {
   Reset(0);
 }
 
-void Core::Reset(uint64_t originNs) {
+void TaskRunner::Reset(uint64_t originNs) {
   timers_.clear();
   states_.clear();
   ready_.Clear();
@@ -28,7 +28,7 @@ void Core::Reset(uint64_t originNs) {
   PlanRunning();
 }
 
-void Core::AdvanceBefore(uint64_t limitNs) {
+void TaskRunner::AdvanceBefore(uint64_t limitNs) {
   const bool recording = logger_.Recording();
   while (logger_.Recording() == recording) {
     const uint64_t timerNs = NextTimerNs();
@@ -45,7 +45,7 @@ void Core::AdvanceBefore(uint64_t limitNs) {
 
 // ---- The running task ----
 
-void Core::RunningTaskActs() {
+void TaskRunner::RunningTaskActs() {
   AccountRunTime();
   TaskState& state = states_[running_];
   const auto& actions = RunningTask().actions;
@@ -58,7 +58,7 @@ void Core::RunningTaskActs() {
   }
 }
 
-void Core::Perform(const Action& action) {
+void TaskRunner::Perform(const Action& action) {
   PlanRunning();
   if (states_[running_].cycle % action.every != 0) return;
   switch (action.kind) {
@@ -71,7 +71,7 @@ void Core::Perform(const Action& action) {
   }
 }
 
-void Core::RaiseEvent(uint32_t task) {
+void TaskRunner::RaiseEvent(uint32_t task) {
   Record(recordTaskEvent, spec_.tasks[task].id);
   if (spec_.tasks[task].periodNs > 0) return;
   if (states_[task].active) {
@@ -83,7 +83,7 @@ void Core::RaiseEvent(uint32_t task) {
   if (Preempts()) Preempt();
 }
 
-void Core::EndCycle() {
+void TaskRunner::EndCycle() {
   TaskState& state = states_[running_];
   state.active = false;
   if (state.pending) {
@@ -94,7 +94,7 @@ void Core::EndCycle() {
   GiveWay(recordCycleDone);
 }
 
-void Core::EndSlice() {
+void TaskRunner::EndSlice() {
   if (ready_.TopPriority() == RunningTask().priority) {
     MakeReady(running_);
     return GiveWay(recordSliceUsed);
@@ -105,7 +105,7 @@ void Core::EndSlice() {
 
 // ---- Timers ----
 
-void Core::HandleTimers() {
+void TaskRunner::HandleTimers() {
   woken_.clear();
   while (NextTimerNs() == nowNs_) {
     const Timer timer = timers_.front();
@@ -120,7 +120,7 @@ void Core::HandleTimers() {
   if (preempts) Preempt();
 }
 
-void Core::HandleTimer(const Timer& timer) {
+void TaskRunner::HandleTimer(const Timer& timer) {
   const TaskState& state = states_[timer.task];
   switch (timer.kind) {
     case TimerKind::deadline:
@@ -136,7 +136,7 @@ void Core::HandleTimer(const Timer& timer) {
 }
 
 // A release that finds the task still at work is lost, and a timing issue.
-void Core::Release(uint32_t task) {
+void TaskRunner::Release(uint32_t task) {
   // What ends at this very instant is in time, so the running task's end was handled before.
   if (states_[task].active) return Record(recordTimingIssue, spec_.tasks[task].lateIssue);
   StartCycle(task);
@@ -144,7 +144,7 @@ void Core::Release(uint32_t task) {
   woken_.push_back(task);
 }
 
-void Core::StartCycle(uint32_t task) {
+void TaskRunner::StartCycle(uint32_t task) {
   const Task& spec = spec_.tasks[task];
   TaskState& state = states_[task];
   ++state.cycle;
@@ -160,9 +160,9 @@ void Core::StartCycle(uint32_t task) {
 
 // ---- Who has the processor ----
 
-bool Core::Preempts() const { return ready_.TopPriority() > RunningTask().priority; }
+bool TaskRunner::Preempts() const { return ready_.TopPriority() > RunningTask().priority; }
 
-void Core::Preempt() {
+void TaskRunner::Preempt() {
   if (running_ == Idle()) return SwitchTo(ready_.Pop(), recordFromIdle);
   const uint32_t next = ready_.Pop();
   ready_.PushFront(running_, RunningTask().priority);
@@ -170,13 +170,13 @@ void Core::Preempt() {
 }
 
 // The running task leaves the processor to the next ready one, which may be itself.
-void Core::GiveWay(uint32_t type) {
+void TaskRunner::GiveWay(uint32_t type) {
   const uint32_t next = ready_.TopPriority() < 0 ? Idle() : ready_.Pop();
   if (next != running_) return SwitchTo(next, type);
   PlanRunning();
 }
 
-void Core::SwitchTo(uint32_t task, uint32_t type) {
+void TaskRunner::SwitchTo(uint32_t task, uint32_t type) {
   AccountRunTime();
   running_ = task;
   Record(type, spec_.tasks[task].id);
@@ -184,7 +184,7 @@ void Core::SwitchTo(uint32_t task, uint32_t type) {
   PlanRunning();
 }
 
-void Core::AccountRunTime() {
+void TaskRunner::AccountRunTime() {
   const uint64_t usedNs = nowNs_ - accountedNs_;
   TaskState& state = states_[running_];
   state.doneNs += usedNs;
@@ -192,7 +192,7 @@ void Core::AccountRunTime() {
   accountedNs_ = nowNs_;
 }
 
-void Core::PlanRunning() {
+void TaskRunner::PlanRunning() {
   if (running_ == Idle()) {
     actsAtNs_ = UINT64_MAX;
     return;
@@ -207,11 +207,11 @@ void Core::PlanRunning() {
   actsAtNs_ = accountedNs_ + leftNs;
 }
 
-bool Core::Later(const Timer& a, const Timer& b) {
+bool TaskRunner::Later(const Timer& a, const Timer& b) {
   return std::tie(a.atNs, a.kind, a.task) > std::tie(b.atNs, b.kind, b.task);
 }
 
-void Core::AddTimer(const Timer& timer) {
+void TaskRunner::AddTimer(const Timer& timer) {
   timers_.push_back(timer);
   std::push_heap(timers_.begin(), timers_.end(), Later);
 }

@@ -1,5 +1,5 @@
-// One simulated processor: a fixed-priority preemptive scheduler with time slices, run from event to event in
-// whole nanoseconds. What it does depends on its task set and seed alone.
+// Runs the tasks of one processor: a fixed-priority preemptive scheduler with time slices, which goes from
+// event to event in whole nanoseconds. What it does depends on its tasks and seed alone.
 #pragma once
 
 #include <cstdint>
@@ -12,10 +12,10 @@
 
 namespace sim {
 
-class Core {
+class TaskRunner {
  public:
   // Borrows `spec` and `logger`.
-  Core(const CoreSpec& spec, uint64_t seed, TickClock clock, Logger& logger);
+  TaskRunner(const ProcessorSpec& spec, uint64_t seed, TickClock clock, Logger& logger);
 
   // Puts all tasks back to their beginning; offsets count from `originNs`.
   void Reset(uint64_t originNs);
@@ -74,7 +74,7 @@ class Core {
   void AddTimer(const Timer& timer);
   void Record(uint32_t type, uint32_t id) { logger_.Record(clock_.At(nowNs_), type, id); }
 
-  const CoreSpec& spec_;
+  const ProcessorSpec& spec_;
   uint64_t seed_;
   TickClock clock_;
   Logger& logger_;

@@ -1,4 +1,4 @@
-#include "section.h"
+#include "tomltable.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -6,7 +6,6 @@
 
 #include <algorithm>
 
-#include "duration.h"
 #include "nearest.h"
 #include "status.h"
 
@@ -26,25 +25,72 @@ std::string OneLine(std::string_view text) {
   return line;
 }
 
+constexpr uint64_t longestNs = uint64_t{86'400} * 1'000'000'000;
+
+std::optional<uint64_t> UnitNs(std::string_view unit) {
+  if (unit == "ns") return 1;
+  if (unit == "us") return 1'000;
+  if (unit == "ms") return 1'000'000;
+  if (unit == "s") return 1'000'000'000;
+  return std::nullopt;
+}
+
+// The value of up to 14 digits, which is more than a day of nanoseconds.
+std::optional<uint64_t> ParseDigits(std::string_view digits) {
+  if (digits.empty() || digits.size() > 14) return std::nullopt;
+  uint64_t value = 0;
+  for (const char c : digits) {
+    if (c < '0' || c > '9') return std::nullopt;
+    value = value * 10 + static_cast<uint64_t>(c - '0');
+  }
+  return value;
+}
+
+// Nanoseconds of a text such as "250us" or "1.5 ms"; nothing for what is not a duration, is finer than a
+// nanosecond or longer than a day. In integers, so that no duration depends on a rounding of floating-point
+// numbers.
+std::optional<uint64_t> ParseDuration(std::string_view text) {
+  const size_t numberEnd = text.find_first_not_of("0123456789.");
+  if (numberEnd == std::string_view::npos) return std::nullopt;
+  const size_t unitAt = text[numberEnd] == ' ' ? numberEnd + 1 : numberEnd;
+  const auto unitNs = UnitNs(text.substr(unitAt));
+  const std::string_view number = text.substr(0, numberEnd);
+  const size_t point = number.find('.');
+  const auto whole = ParseDigits(number.substr(0, point));
+  if (!unitNs || !whole || *whole > longestNs / *unitNs) return std::nullopt;
+
+  uint64_t valueNs = *whole * *unitNs;
+  if (point == std::string_view::npos) return valueNs;
+  const std::string_view fraction = number.substr(point + 1);
+  if (!ParseDigits(fraction)) return std::nullopt;
+  uint64_t placeNs = *unitNs;
+  for (const char c : fraction) {
+    placeNs /= 10;
+    if (placeNs == 0 && c != '0') return std::nullopt;
+    valueNs += static_cast<uint64_t>(c - '0') * placeNs;
+  }
+  return valueNs <= longestNs ? std::optional(valueNs) : std::nullopt;
+}
+
 }  // namespace
 
-Section Section::Parse(std::string_view text, const std::string& source) {
+TomlTable TomlTable::Parse(std::string_view text, const std::string& source) {
   try {
     const auto root = std::make_shared<const toml::table>(toml::parse(text, source));
-    return Section(root, *root, source);
+    return TomlTable(root, *root, source);
   } catch (const toml::parse_error& error) {
     FailInLine(source, error.source().begin.line, "expected valid TOML: " + OneLine(error.description()));
   }
 }
 
-std::optional<std::string> Section::Text(const char* key) {
+std::optional<std::string> TomlTable::Text(const char* key) {
   const toml::node* node = Find(key);
   if (!node) return std::nullopt;
   if (!node->is_string()) FailAt(*node, key, "a text in quotes");
   return node->as_string()->get();
 }
 
-std::optional<int64_t> Section::Integer(const char* key, int64_t least, int64_t most) {
+std::optional<int64_t> TomlTable::Integer(const char* key, int64_t least, int64_t most) {
   const toml::node* node = Find(key);
   if (!node) return std::nullopt;
   const auto value = node->is_integer() ? node->value<int64_t>() : std::nullopt;
@@ -54,7 +100,7 @@ std::optional<int64_t> Section::Integer(const char* key, int64_t least, int64_t 
   return value;
 }
 
-std::optional<double> Section::Number(const char* key, double least, double most) {
+std::optional<double> TomlTable::Number(const char* key, double least, double most) {
   const toml::node* node = Find(key);
   if (!node) return std::nullopt;
   const auto value = node->is_number() ? node->value<double>() : std::nullopt;
@@ -64,7 +110,7 @@ std::optional<double> Section::Number(const char* key, double least, double most
   return value;
 }
 
-std::optional<uint64_t> Section::Duration(const char* key, uint64_t leastNs) {
+std::optional<uint64_t> TomlTable::Duration(const char* key, uint64_t leastNs) {
   const toml::node* node = Find(key);
   if (!node) return std::nullopt;
   const auto value = node->is_string() ? ParseDuration(node->as_string()->get()) : std::nullopt;
@@ -73,39 +119,39 @@ std::optional<uint64_t> Section::Duration(const char* key, uint64_t leastNs) {
   return value;
 }
 
-std::optional<Section> Section::Table(const char* key) {
+std::optional<TomlTable> TomlTable::Table(const char* key) {
   const toml::node* node = Find(key);
   if (!node) return std::nullopt;
   return Child(*node, key);
 }
 
-std::vector<Section> Section::Tables(const char* key) {
+std::vector<TomlTable> TomlTable::Tables(const char* key) {
   const toml::node* node = Find(key);
   if (!node) return {};
   if (!node->is_array()) FailAt(*node, key, "a list of tables");
-  std::vector<Section> sections;
-  for (const toml::node& item : *node->as_array()) sections.push_back(Child(item, key));
-  return sections;
+  std::vector<TomlTable> tables;
+  for (const toml::node& item : *node->as_array()) tables.push_back(Child(item, key));
+  return tables;
 }
 
-std::string Section::RequiredText(const char* key) {
+std::string TomlTable::RequiredText(const char* key) {
   auto value = Text(key);
   if (!value || value->empty()) Fail(key, "a text that is not empty");
   return *value;
 }
 
-uint64_t Section::RequiredDuration(const char* key, uint64_t leastNs) {
+uint64_t TomlTable::RequiredDuration(const char* key, uint64_t leastNs) {
   const auto value = Duration(key, leastNs);
   if (!value) Fail(key, "a duration such as \"250us\"");
   return *value;
 }
 
-bool Section::IsText(const char* key) const {
+bool TomlTable::IsText(const char* key) const {
   const toml::node* node = table_->get(key);
   return node && node->is_string();
 }
 
-void Section::Finish() const {
+void TomlTable::Finish() const {
   for (const auto& [key, node] : *table_) {
     if (std::find(askedKeys_.begin(), askedKeys_.end(), key.str()) != askedKeys_.end()) continue;
     std::string hint = Suggestion(key.str(), askedKeys_);
@@ -114,27 +160,27 @@ void Section::Finish() const {
   }
 }
 
-void Section::Fail(const char* key, const std::string& expected) const {
+void TomlTable::Fail(const char* key, const std::string& expected) const {
   const toml::node* node = table_->get(key);
   FailAt(node ? *node : *table_, key, expected);
 }
 
-void Section::Fail(const std::string& expected) const {
+void TomlTable::Fail(const std::string& expected) const {
   FailInLine(source_, table_->source().begin.line, "expected " + expected);
 }
 
-const toml::node* Section::Find(const char* key) {
+const toml::node* TomlTable::Find(const char* key) {
   askedKeys_.emplace_back(key);
   return table_->get(key);
 }
 
-void Section::FailAt(const toml::node& node, const char* key, const std::string& expected) const {
+void TomlTable::FailAt(const toml::node& node, const char* key, const std::string& expected) const {
   FailInLine(source_, node.source().begin.line, fmt::format("{}: expected {}", key, expected));
 }
 
-Section Section::Child(const toml::node& node, const char* key) const {
+TomlTable TomlTable::Child(const toml::node& node, const char* key) const {
   if (!node.is_table()) FailAt(node, key, "a table");
-  return Section(root_, *node.as_table(), source_);
+  return TomlTable(root_, *node.as_table(), source_);
 }
 
 }  // namespace sim
