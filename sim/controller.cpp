@@ -2,15 +2,18 @@
 #include "controller.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 
+#include "nearest.h"
 #include "status.h"
 #include "target/access.h"
 
 namespace sim {
 namespace {
 
+constexpr size_t mostNamesShown = 20;
 constexpr uint64_t saveEveryNs = 10 * nsPerSecond;
 
 const Task* FindTask(const ProcessorSpec& spec, const std::string& name) {
@@ -21,10 +24,13 @@ const Task* FindTask(const ProcessorSpec& spec, const std::string& name) {
 
 void RequireTrigger(const ProcessorSpec& spec, const std::string& name) {
   if (name.empty() || FindTask(spec, name)) return;
-  std::string known;
-  for (const Task& task : spec.tasks) known += (known.empty() ? "" : ", ") + task.name;
-  throw Failure{unknownTrigger,
-                fmt::format("The logger has no trigger task '{}', expected one of: {}", name, known)};
+  std::vector<std::string> names;
+  for (const Task& task : spec.tasks) names.push_back(task.name);
+  const size_t shown = std::min(names.size(), mostNamesShown);
+  const std::string known = fmt::format("{}{}", fmt::join(names.begin(), names.begin() + shown, ", "),
+                                        shown < names.size() ? ", ..." : "");
+  throw Failure{unknownTrigger, fmt::format("The logger has no trigger task '{}', expected one of: {}{}",
+                                            name, known, Suggestion(name, names))};
 }
 
 }  // namespace
@@ -61,7 +67,7 @@ void Controller::ReadMemory(int64_t address, uint32_t* words, uint32_t count) {
     if (offset % 4 != 0 || static_cast<uint64_t>(offset) / 4 + count > size) continue;
     if (scenario_.stepped) nowNs_ += scenario_.stepNs;
     NoteContact();
-    if (processor.logger.Recording()) processor.runner.AdvanceBefore(nowNs_);
+    if (processor.logger.Recording()) CatchUp(processor);
     std::copy_n(processor.logger.Words().begin() + offset / 4, count, words);
     return;
   }
@@ -81,10 +87,10 @@ std::vector<uint32_t> Controller::TaskIds(Kernel kernel) const {
 }
 
 const Task& Controller::TaskById(uint32_t id) const {
-  for (const Processor& processor : processors_) {
-    for (const Task& task : processor.spec.tasks) {
-      if (task.id == id) return task;
-    }
+  const uint32_t processor = (id >> 16) - 1;
+  const uint32_t task = (id & 0xFFFF) - 1;
+  if (processor < scenario_.processors.size() && task < scenario_.processors[processor].tasks.size()) {
+    return scenario_.processors[processor].tasks[task];
   }
   throw Failure{unknownTask, fmt::format("The controller has no task 0x{:08X}", id)};
 }
@@ -103,7 +109,7 @@ void Controller::NoteContactLocked() {
   const auto state = store_.Load();  // before the time is taken, so that none in it lies ahead
   const uint64_t wallNs = wallNs_();
   if (state && IsOurs(*state, wallNs)) {
-    ApplyState(*state, wallNs);
+    ApplyState(*state);
   } else if (!powerOnNs_ || wallNs - contactNs_ > powerOffNs) {
     PowerOn(wallNs);
   }
@@ -135,15 +141,12 @@ void Controller::PowerOn(uint64_t wallNs) {
   }
 }
 
-void Controller::ApplyState(const RunState& state, uint64_t wallNs) {
+void Controller::ApplyState(const RunState& state) {
   if (powerOnNs_ != state.powerOnNs) PowerOn(state.powerOnNs);
-  const uint64_t nowNs = wallNs - state.powerOnNs;
   for (const StartedLogger& started : state.loggers) {
-    const bool longRun = started.trigger.empty() && nowNs - started.startNs > longRunNs;
     for (Processor& processor : processors_) {
       if (processor.spec.number != started.number || processor.startNs == started.startNs) continue;
-      StartLogger(processor, longRun ? nowNs - takeUpNs : started.startNs, started.trigger);
-      processor.startNs = started.startNs;
+      StartLogger(processor, started.startNs, started.trigger);
       processor.triggerVariable = started.trigger;
     }
   }
@@ -161,6 +164,34 @@ void Controller::SaveState(bool always) {
   savedNs_ = contactNs_;
 }
 
+// Brings a processor up to now. A logger without a trigger that nobody has read for long is started anew some
+// way before now, so that this stays short.
+void Controller::CatchUp(Processor& processor) {
+  const bool longUnread = nowNs_ - std::min(nowNs_, processor.runner.NowNs()) > longRunNs;
+  if (!scenario_.stepped && processor.activeTrigger.empty() && longUnread) {
+    const auto startNs = processor.startNs;
+    StartLogger(processor, nowNs_ - takeUpNs, {});
+    processor.startNs = startNs;
+  }
+  Advance(processor, nowNs_);
+}
+
+// A scenario may ask for more work than anybody would wait for.
+void Controller::Advance(Processor& processor, uint64_t limitNs) {
+  if (processor.runner.AdvanceBefore(limitNs, scenario_.mostSteps)) return;
+  const Task* busiest = processor.runner.BusiestTask();
+  const std::string place =
+      busiest ? fmt::format("{}:{}", scenario_.source, busiest->line) : scenario_.source;
+  const std::string advice =
+      busiest
+          ? fmt::format("most of them for task '{}'; expected longer periods, run times, slices and waits",
+                        busiest->name)
+          : "most of them because the tick field wraps; expected 28 bits or a slower timer";
+  throw Failure{badScenario,
+                fmt::format("{}: too much to do at one read: more than {} steps, {}, or a shorter step",
+                            place, scenario_.mostSteps, advice)};
+}
+
 // The tasks of a processor are in step with whole seconds of controller time. So only the running second need
 // be made up for before a start, and a processor whose logger does not record costs nothing.
 void Controller::StartLogger(Processor& processor, uint64_t startNs, const std::string& trigger) {
@@ -169,7 +200,7 @@ void Controller::StartLogger(Processor& processor, uint64_t startNs, const std::
   const auto triggerId = triggerTask ? std::optional(triggerTask->id) : std::nullopt;
   processor.logger.Stop();
   processor.runner.Reset(startNs - startNs % nsPerSecond);
-  processor.runner.AdvanceBefore(startNs);
+  Advance(processor, startNs);
   processor.logger.Start(scenario_.Clock().At(startNs), processor.runner.RunningTaskId(), triggerId);
   processor.startNs = startNs;
   processor.activeTrigger = trigger;

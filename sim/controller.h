@@ -27,8 +27,8 @@ class Controller {
  public:
   // A contact after this long finds the controller switched off and on again.
   static constexpr uint64_t powerOffNs = 300 * nsPerSecond;
-  // A process that meets a logger which has run without a trigger for longer than the first of these takes
-  // it up from the second before now, so that catching up stays short.
+  // A logger without a trigger that was not read for longer than the first of these is taken up from the
+  // second before now, so that catching up stays short.
   static constexpr uint64_t longRunNs = 900 * nsPerSecond;
   static constexpr uint64_t takeUpNs = 60 * nsPerSecond;
 
@@ -78,8 +78,10 @@ class Controller {
   void NoteContactLocked();  // with the state locked
   bool IsOurs(const RunState& state, uint64_t wallNs) const;
   void PowerOn(uint64_t wallNs);
-  void ApplyState(const RunState& state, uint64_t wallNs);
+  void ApplyState(const RunState& state);
   void SaveState(bool always);
+  void CatchUp(Processor& processor);
+  void Advance(Processor& processor, uint64_t limitNs);
   void StartLogger(Processor& processor, uint64_t startNs, const std::string& trigger);
 
   const Scenario scenario_;

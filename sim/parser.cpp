@@ -14,6 +14,8 @@ namespace {
 constexpr uint32_t firstBufferAddress = 0x20000000;
 constexpr uint32_t bufferDistance = 0x02000000;  // room for the largest buffer
 constexpr int64_t mostSlots = 4'000'000;
+constexpr int64_t mostSlotsInAll = 8'000'000;
+constexpr size_t mostFaults = 1000;
 constexpr size_t mostProcessors = 64;
 constexpr int64_t mostKernelNumber = 99'999'999;
 constexpr uint32_t defaultSlots = 4096;
@@ -52,6 +54,9 @@ void ParseProcessor(TomlTable& table, int number, Scenario& scenario, NamesInUse
   ProcessorSpec processor;
   processor.number = number;
   processor.slotCount = static_cast<uint32_t>(table.Integer("slots", 2, mostSlots).value_or(defaultSlots));
+  int64_t slotsInAll = processor.slotCount;
+  for (const ProcessorSpec& other : scenario.processors) slotsInAll += other.slotCount;
+  if (slotsInAll > mostSlotsInAll) table.Fail("slots", "at most 8000000 slots in all loggers");
   processor.bufferAddress = firstBufferAddress + index * bufferDistance;
   ParseTasks(table, processor, (index + 1) << 16 | 1, names);
   table.Finish();
@@ -131,7 +136,10 @@ Scenario ParseScenario(std::string_view text, const std::string& source) {
   ParseClock(root, scenario);
   ParseTimer(root, scenario);
   ParseProcessors(root, scenario);
-  for (TomlTable& fault : root.Tables("fault")) scenario.faults.push_back(ParseFault(fault));
+  for (TomlTable& fault : root.Tables("fault")) {
+    if (scenario.faults.size() == mostFaults) fault.Fail("at most 1000 faults");
+    scenario.faults.push_back(ParseFault(fault));
+  }
   root.Finish();
   return scenario;
 }

@@ -38,6 +38,7 @@ struct Action {
 
 struct Task {
   std::string name;
+  uint32_t line = 0;  // of the scenario file
   uint32_t id = 0;
   uint8_t priority = 0;   // a larger one wins; 0 is the idle task's
   uint64_t sliceNs = 0;   // 0: runs until it gives way
@@ -84,6 +85,7 @@ struct Scenario {
   bool stepped = false;  // time advances by stepNs with each read of a buffer, else with the wall clock
   uint64_t stepNs = 0;
   uint64_t seed = 1;
+  uint64_t mostSteps = 50'000'000;  // of the simulation at one call; no key, but fuzzing lowers it
   int tickBits = 28;
   uint64_t startTicks = 0;
   std::optional<double> resolutionNs;

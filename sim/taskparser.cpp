@@ -58,27 +58,27 @@ class ActionParser {
 
   void ParseTestpoint(TomlTable& item) {
     const std::string name = ParseName(item, "name");
-    auto& addresses = names_.testpointAddresses;
-    const auto isOurs = [&name](const Testpoint& point) { return point.name == name; };
-    if (std::none_of(processor_.testpoints.begin(), processor_.testpoints.end(), isOurs)) {
-      if (addresses.contains(name)) item.Fail("name", "a testpoint that no other kernel has");
-      if (addresses.size() == mostTestpoints) item.Fail("at most 4096 testpoints");
-      addresses[name] = firstTestpointAddress + static_cast<uint32_t>(addresses.size()) * testpointDistance;
-      processor_.testpoints.push_back({name, addresses[name]});
-    }
+    auto& places = names_.testpoints;
+    const auto count = static_cast<uint32_t>(places.size());
+    const auto [place, isNew] =
+        places.try_emplace(name, processor_.number, firstTestpointAddress + count * testpointDistance);
+    if (place->second.processor != processor_.number)
+      item.Fail("name", "a testpoint that no other kernel has");
+    if (isNew && count == mostTestpoints) item.Fail("at most 4096 testpoints");
+    if (isNew) processor_.testpoints.push_back({name, place->second.address});
     Action action{Action::Kind::testpoint};
-    action.id = addresses[name];
+    action.id = place->second.address;
     Add(item, action);
   }
 
   void ParseEvent(TomlTable& item) {
     const std::string name = ParseName(item, "task");
-    const auto& tasks = processor_.tasks;
-    const auto found =
-        std::find_if(tasks.begin(), tasks.end(), [&](const Task& task) { return task.name == name; });
-    if (found == tasks.end()) item.Fail("task", "the name of a task of the same kernel");
+    const auto found = names_.tasks.find(name);
+    if (found == names_.tasks.end() || found->second.processor != processor_.number) {
+      item.Fail("task", "the name of a task of the same kernel");
+    }
     Action action{Action::Kind::event};
-    action.task = static_cast<uint32_t>(found - tasks.begin());
+    action.task = found->second.index;
     Add(item, action);
   }
 
@@ -124,14 +124,18 @@ void ParseRelease(TomlTable& table, Task& task) {
 }
 
 // Hosts tell tasks apart by name, also those of several kernels in one log.
-void ClaimName(TomlTable& table, const char* key, const std::string& name, NamesInUse& names) {
-  if (!names.tasks.insert(name).second) table.Fail(key, "a name that no other task has");
+void ClaimName(TomlTable& table, const char* key, const ProcessorSpec& processor, const std::string& name,
+               NamesInUse& names) {
+  const auto index = static_cast<uint32_t>(processor.tasks.size());
+  if (!names.tasks.try_emplace(name, processor.number, index).second)
+    table.Fail(key, "a name that no other task has");
 }
 
-Task ParseTask(TomlTable& table, NamesInUse& names) {
+Task ParseTask(TomlTable& table, const ProcessorSpec& processor, NamesInUse& names) {
   Task task;
+  task.line = table.Line();
   task.name = ParseName(table, "name");
-  ClaimName(table, "name", task.name, names);
+  ClaimName(table, "name", processor, task.name, names);
   const auto priority = table.Integer("priority", 1, 255);
   if (!priority) table.Fail("priority", "an integer from 1 to 255");
   task.priority = static_cast<uint8_t>(*priority);
@@ -143,11 +147,12 @@ Task ParseTask(TomlTable& table, NamesInUse& names) {
   return task;
 }
 
-Task IdleTask(TomlTable& table, int number, NamesInUse& names) {
+Task IdleTask(TomlTable& table, const ProcessorSpec& processor, NamesInUse& names) {
   Task idle;
-  idle.name = number == schedulerNumber ? "Idle" : "Idle" + std::to_string(number);
+  const bool isScheduler = processor.number == schedulerNumber;
+  idle.name = isScheduler ? "Idle" : "Idle" + std::to_string(processor.number);
   if (table.Text("idle")) idle.name = ParseName(table, "idle");
-  ClaimName(table, "idle", idle.name, names);
+  ClaimName(table, "idle", processor, idle.name, names);
   return idle;
 }
 
@@ -156,12 +161,12 @@ Task IdleTask(TomlTable& table, int number, NamesInUse& names) {
 void ParseTasks(TomlTable& table, ProcessorSpec& processor, uint32_t firstTaskId, NamesInUse& names) {
   std::vector<TomlTable> items = table.Tables("task");
   if (items.size() > mostTasks) table.Fail("task", "at most 10000 tasks");
-  for (TomlTable& item : items) processor.tasks.push_back(ParseTask(item, names));
+  for (TomlTable& item : items) processor.tasks.push_back(ParseTask(item, processor, names));
   for (size_t i = 0; i < items.size(); ++i) {
     ActionParser(processor, processor.tasks[i], names).Parse(items[i]);
     items[i].Finish();
   }
-  processor.tasks.push_back(IdleTask(table, processor.number, names));
+  processor.tasks.push_back(IdleTask(table, processor, names));
   for (Task& task : processor.tasks) task.id = firstTaskId++;
 }
 

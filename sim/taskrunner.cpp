@@ -18,22 +18,25 @@ void TaskRunner::Reset(uint64_t originNs) {
   ready_.Clear();
   nowNs_ = originNs;
   accountedNs_ = originNs;
+  steps_ = 0;
   for (uint32_t task = 0; task < spec_.tasks.size(); ++task) {
     const Task& spec = spec_.tasks[task];
     // A generator of its own for each task: what one does never changes the run times of another.
     states_.emplace_back(Random(seed_ ^ (uint64_t{spec.id} << 32) ^ originNs).Next());
-    if (spec.periodNs > 0) AddTimer({originNs + spec.offsetNs, TimerKind::release, task, 0});
+    if (spec.periodNs > 0) AddTimer({originNs + spec.offsetNs, TimerKind::release, task});
   }
   running_ = Idle();
   PlanRunning();
 }
 
-void TaskRunner::AdvanceBefore(uint64_t limitNs) {
+bool TaskRunner::AdvanceBefore(uint64_t limitNs, uint64_t mostSteps) {
   const bool recording = logger_.Recording();
+  const uint64_t lastStep = steps_ + logger_.Written() + mostSteps;
   while (logger_.Recording() == recording) {
     const uint64_t timerNs = NextTimerNs();
     const uint64_t nextNs = std::min(actsAtNs_, timerNs);
-    if (nextNs >= limitNs) return;
+    if (nextNs >= limitNs) return true;
+    if (steps_ + logger_.Written() > lastStep) return false;
     nowNs_ = nextNs;
     if (actsAtNs_ <= timerNs) {
       RunningTaskActs();
@@ -41,11 +44,25 @@ void TaskRunner::AdvanceBefore(uint64_t limitNs) {
       HandleTimers();
     }
   }
+  return true;
+}
+
+const Task* TaskRunner::BusiestTask() const {
+  const auto busiest =
+      std::max_element(states_.begin(), states_.end(),
+                       [](const TaskState& a, const TaskState& b) { return a.steps < b.steps; });
+  return steps_ < logger_.Bridged() ? nullptr : &spec_.tasks[static_cast<size_t>(busiest - states_.begin())];
+}
+
+void TaskRunner::CountStep(uint32_t task) {
+  ++steps_;
+  ++states_[task].steps;
 }
 
 // ---- The running task ----
 
 void TaskRunner::RunningTaskActs() {
+  CountStep(running_);
   AccountRunTime();
   TaskState& state = states_[running_];
   const auto& actions = RunningTask().actions;
@@ -66,7 +83,7 @@ void TaskRunner::Perform(const Action& action) {
     case Action::Kind::issue: return Record(recordTimingIssue, action.id);
     case Action::Kind::event: return RaiseEvent(action.task);
     case Action::Kind::wait:
-      AddTimer({nowNs_ + action.lastsNs, TimerKind::resume, running_, 0});
+      AddTimer({nowNs_ + action.lastsNs, TimerKind::resume, running_});
       return GiveWay(recordPlainSwitch);
   }
 }
@@ -121,15 +138,16 @@ void TaskRunner::HandleTimers() {
 }
 
 void TaskRunner::HandleTimer(const Timer& timer) {
-  const TaskState& state = states_[timer.task];
+  TaskState& state = states_[timer.task];
+  CountStep(timer.task);
   switch (timer.kind) {
     case TimerKind::deadline:
-      if (state.active && state.cycle == timer.cycle) {
-        Record(recordTimingIssue, spec_.tasks[timer.task].lateIssue);
-      }
-      return;
+      state.deadlineTimed = false;
+      if (!state.active) return;
+      if (state.deadlineNs > nowNs_) return TimeDeadline(timer.task);  // this timer was of a cycle before
+      return Record(recordTimingIssue, spec_.tasks[timer.task].lateIssue);
     case TimerKind::release:
-      AddTimer({nowNs_ + spec_.tasks[timer.task].periodNs, TimerKind::release, timer.task, 0});
+      AddTimer({nowNs_ + spec_.tasks[timer.task].periodNs, TimerKind::release, timer.task});
       return Release(timer.task);
     case TimerKind::resume: MakeReady(timer.task); woken_.push_back(timer.task);
   }
@@ -155,7 +173,13 @@ void TaskRunner::StartCycle(uint32_t task) {
   state.runNs = spec.runNs;
   if (spec.jitterNs > 0) state.runNs += state.random.Below(2 * spec.jitterNs + 1) - spec.jitterNs;
   if (spec.overrunEvery > 0 && state.cycle % spec.overrunEvery == 0) state.runNs += spec.overrunByNs;
-  if (spec.deadlineNs > 0) AddTimer({nowNs_ + spec.deadlineNs, TimerKind::deadline, task, state.cycle});
+  state.deadlineNs = nowNs_ + spec.deadlineNs;
+  if (spec.deadlineNs > 0 && !state.deadlineTimed) TimeDeadline(task);
+}
+
+void TaskRunner::TimeDeadline(uint32_t task) {
+  AddTimer({states_[task].deadlineNs, TimerKind::deadline, task});
+  states_[task].deadlineTimed = true;
 }
 
 // ---- Who has the processor ----

@@ -20,8 +20,13 @@ class TaskRunner {
   // Puts all tasks back to their beginning; offsets count from `originNs`.
   void Reset(uint64_t originNs);
 
-  // Does all that happens before `limitNs`; ends early when the logger stops recording.
-  void AdvanceBefore(uint64_t limitNs);
+  // Does all that happens before `limitNs`; ends early when the logger stops recording. False when that takes
+  // more than `mostSteps`: what tasks and timers do and what is recorded, each a step.
+  bool AdvanceBefore(uint64_t limitNs, uint64_t mostSteps);
+
+  uint64_t NowNs() const { return nowNs_; }
+  // The task with most steps since the reset; nothing when most of all were records that bridge silence.
+  const Task* BusiestTask() const;
 
   uint32_t RunningTaskId() const { return spec_.tasks[running_].id; }
 
@@ -32,7 +37,6 @@ class TaskRunner {
     uint64_t atNs;
     TimerKind kind;
     uint32_t task;
-    uint64_t cycle;  // deadline: of this cycle
   };
 
   struct TaskState {
@@ -44,6 +48,9 @@ class TaskRunner {
     uint64_t doneNs = 0;   // run time used in this cycle, and in all
     uint64_t runNs = 0;
     uint64_t sliceLeftNs = 0;
+    uint64_t deadlineNs = 0;     // of this cycle
+    bool deadlineTimed = false;  // there is a timer for it or for one before; one at a time is enough
+    uint64_t steps = 0;
     size_t nextAction = 0;
     Random random;
   };
@@ -53,6 +60,7 @@ class TaskRunner {
   const Task& RunningTask() const { return spec_.tasks[running_]; }
   uint64_t NextTimerNs() const { return timers_.empty() ? UINT64_MAX : timers_.front().atNs; }
 
+  void CountStep(uint32_t task);
   void RunningTaskActs();
   void Perform(const Action& action);
   void RaiseEvent(uint32_t task);
@@ -63,6 +71,7 @@ class TaskRunner {
   void HandleTimer(const Timer& timer);
   void Release(uint32_t task);
   void StartCycle(uint32_t task);
+  void TimeDeadline(uint32_t task);
   void MakeReady(uint32_t task) { ready_.PushBack(task, spec_.tasks[task].priority); }
 
   bool Preempts() const;
@@ -80,6 +89,7 @@ class TaskRunner {
   Logger& logger_;
 
   uint64_t nowNs_ = 0;
+  uint64_t steps_ = 0;  // since the reset
   uint32_t running_ = 0;
   uint64_t accountedNs_ = 0;     // the running task's run time is accounted up to here
   uint64_t actsAtNs_ = 0;        // when the running task next does something by itself

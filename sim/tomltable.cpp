@@ -72,9 +72,46 @@ std::optional<uint64_t> ParseDuration(std::string_view text) {
   return valueNs <= longestNs ? std::optional(valueNs) : std::nullopt;
 }
 
+// Where the string that begins at `at` ends, as TOML has it.
+size_t EndOfString(std::string_view text, size_t at) {
+  const char quote = text[at];
+  const bool multiline = text.substr(at, 3) == std::string(3, quote);
+  const std::string_view end = multiline ? std::string_view(&text[at], 3) : std::string_view(&text[at], 1);
+  for (at += end.size(); at < text.size(); ++at) {
+    if (!multiline && text[at] == '\n') return at;
+    if (quote == '"' && text[at] == '\\') {
+      ++at;
+    } else if (text.substr(at, end.size()) == end) {
+      at += end.size();
+      // Up to two quotes before the end belong to the string.
+      for (int more = 0; multiline && more < 2 && at < text.size() && text[at] == quote; ++more) ++at;
+      return at;
+    }
+  }
+  return text.size();
+}
+
+// Refuses keys such as a.a.a.a with very many parts: the TOML library would exhaust the stack over them.
+void RequireShortKeys(std::string_view text, const std::string& source) {
+  constexpr int mostDots = 7;
+  int dots = 0;
+  uint32_t line = 1;
+  for (size_t at = 0; at < text.size();) {
+    const char c = text[at];
+    size_t next = at + 1;
+    if (c == '"' || c == '\'') next = EndOfString(text, at);
+    if (c == '#') next = std::min(text.find('\n', at), text.size());
+    if (c == '.' && ++dots > mostDots) FailInLine(source, line, "expected keys of at most 8 parts");
+    if (std::string_view("=,[]{}\n").find(c) != std::string_view::npos) dots = 0;
+    line += static_cast<uint32_t>(std::count(text.begin() + at, text.begin() + next, '\n'));
+    at = next;
+  }
+}
+
 }  // namespace
 
 TomlTable TomlTable::Parse(std::string_view text, const std::string& source) {
+  RequireShortKeys(text, source);
   try {
     const auto root = std::make_shared<const toml::table>(toml::parse(text, source));
     return TomlTable(root, *root, source);
@@ -146,6 +183,8 @@ uint64_t TomlTable::RequiredDuration(const char* key, uint64_t leastNs) {
   return *value;
 }
 
+uint32_t TomlTable::Line() const { return table_->source().begin.line; }
+
 bool TomlTable::IsText(const char* key) const {
   const toml::node* node = table_->get(key);
   return node && node->is_string();
@@ -166,7 +205,7 @@ void TomlTable::Fail(const char* key, const std::string& expected) const {
 }
 
 void TomlTable::Fail(const std::string& expected) const {
-  FailInLine(source_, table_->source().begin.line, "expected " + expected);
+  FailInLine(source_, Line(), "expected " + expected);
 }
 
 const toml::node* TomlTable::Find(const char* key) {

@@ -37,6 +37,7 @@ class TomlTable {
   std::string RequiredText(const char* key);
   uint64_t RequiredDuration(const char* key, uint64_t leastNs);
 
+  uint32_t Line() const;
   bool IsText(const char* key) const;
   void Finish() const;
   // `expected` completes the sentence "expected ...".

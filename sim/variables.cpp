@@ -10,6 +10,8 @@
 namespace sim {
 namespace {
 
+constexpr std::string_view addressSuffix = ".Prop.Address";
+
 // Takes `prefix` off the front of `text`.
 bool Skip(std::string_view& text, std::string_view prefix) {
   if (!text.starts_with(prefix)) return false;
@@ -99,19 +101,21 @@ std::optional<Value> Controller::TargetVariable(std::string_view name) const {
 
 std::optional<Value> Controller::WatchpointVariable(Kernel kernel, std::string_view name) const {
   if (!Skip(name, "Watchpoint.Entity")) return std::nullopt;
-  std::vector<Testpoint> testpoints;
+  std::vector<const Testpoint*> testpoints;
   for (const Processor& processor : processors_) {
     if (!IsSeenBy(kernel, processor)) continue;
-    testpoints.insert(testpoints.end(), processor.spec.testpoints.begin(), processor.spec.testpoints.end());
+    for (const Testpoint& point : processor.spec.testpoints) testpoints.push_back(&point);
   }
   if (name == "!Objects") return static_cast<double>(testpoints.size());
   if (Skip(name, "!Object")) {
     const auto index = TakeNumber(name);
     if (!index || !name.empty() || *index >= testpoints.size()) return std::nullopt;
-    return testpoints[*index].name;
+    return testpoints[*index]->name;
   }
-  for (const Testpoint& point : testpoints) {
-    if (name == "." + point.name + ".Prop.Address") return static_cast<double>(point.address);
+  if (!Skip(name, ".") || !name.ends_with(addressSuffix)) return std::nullopt;
+  name.remove_suffix(addressSuffix.size());
+  for (const Testpoint* point : testpoints) {
+    if (name == point->name) return static_cast<double>(point->address);
   }
   return std::nullopt;
 }

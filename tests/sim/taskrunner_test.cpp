@@ -33,8 +33,8 @@ std::string Records(const Scenario& scenario, uint64_t strideNs) {
   Logger logger(spec.slotCount, scenario.tickBits);
   TaskRunner processor(spec, scenario.seed, scenario.Clock(), logger);
   logger.Start(scenario.startTicks, processor.RunningTaskId(), std::nullopt);
-  for (uint64_t now = strideNs; now < scenario.stepNs; now += strideNs) processor.AdvanceBefore(now);
-  processor.AdvanceBefore(scenario.stepNs);
+  for (uint64_t now = strideNs; now < scenario.stepNs; now += strideNs) processor.AdvanceBefore(now, UINT64_MAX / 2);
+  processor.AdvanceBefore(scenario.stepNs, UINT64_MAX / 2);
   std::ostringstream lines;
   for (const auto& record : simtest::RingReader(logger.Words()).Records()) {
     lines << "#> " << record.time - scenario.startTicks << ' ' << record.type << ' '
