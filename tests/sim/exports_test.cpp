@@ -26,7 +26,7 @@ class Machine {
          << "[[kernel]]\nnumber = 2\n";
     for (int i = 1; i < 243; ++i)
       file << "[[kernel.task]]\nname = \"T" << i << "\"\npriority = 9\nrun = \"1ms\"\n";
-    file << more;
+    file << "[[kernel]]\nnumber = 0\n" << more;
   }
   const char* Target() const { return file_.CPath(); }
   std::string Kernel(int number) const { return file_.Path() + "/@" + std::to_string(number); }
@@ -56,7 +56,7 @@ TEST(Exports, RefuseWhatTheMachineDoesNotHave) {
   char text[256] = "";
   uint32_t words[4];
   for (const char* name :
-       {"Target.CpuClock", "Target.Mpu", "", "Kernel.0.Logger.BufferSize", "Kernel.01.Logger.BufferSize",
+       {"Target.CpuClock", "Target.Mpu", "", "Kernel.3.Logger.BufferSize", "Kernel.01.Logger.BufferSize",
         "Kernel..Logger.BufferSize", "Kernel.1.Logger.Buffer", "Kernel.4294967297.Logger.BufferSize",
         "Watchpoint.Entity!Object1", "Watchpoint.Entity!Object00", "Watchpoint.Entity.End.Prop.Address"}) {
     EXPECT_EQ(GetVariable(kernel1.c_str(), name, &number, 0), 0x50201u) << name;
@@ -74,6 +74,8 @@ TEST(Exports, RefuseWhatTheMachineDoesNotHave) {
   EXPECT_EQ(PutVariable(machine.Target(), "Target.Cpu", "A", 2), sim::readOnly);
   EXPECT_EQ(DbgTasksList(machine.Kernel(3).c_str(), words, 0), sim::unknownKernel);
   EXPECT_EQ(DbgTasksList((machine.Kernel(99999999) + "99").c_str(), words, 0), sim::unknownKernel);
+  EXPECT_EQ(DbgTasksList(machine.Target(), words, 0), 0u);
+  EXPECT_EQ(words[0], 3 * 4u);  // the count, and the idle tasks of the scheduler and of kernel 0
   EXPECT_EQ(DbgTaskGetName(machine.Target(), 0x00050001, text, 9), sim::unknownTask);
   EXPECT_EQ(DbgTaskGetData(machine.Target(), 0x00020001, 2, words, 4), sim::unknownTaskItem);
 }
@@ -122,6 +124,27 @@ TEST(Exports, WriteNoFartherThanTheyAreGivenRoom) {
   EXPECT_EQ(words[244], untouched);
 }
 
+// The numbers of the calls, 1 to 12, that fail where a fault has these keys.
+std::string FailingCalls(const std::string& keys) {
+  const Machine machine(
+      "[[fault]]\ncall = \"PutVariable\"\nname = \"Scheduler.Logger.TriggerTask\"\nstatus = 5\n" + keys);
+  double number = 0;
+  std::string failing;
+  for (int call = 1; call <= 12; ++call) {
+    EXPECT_EQ(PutVariable(machine.Target(), "Kernel.1.Logger.TriggerTask", "A", 2), 0u);
+    EXPECT_EQ(GetVariable(machine.Target(), "Target.Mpu.Resolution", &number, 0), 0u);
+    const uint32_t status = PutVariable(machine.Target(), "Scheduler.Logger.TriggerTask", "A", 2);
+    if (status == 5) failing += std::to_string(call) + ' ';
+  }
+  return failing;
+}
+
+TEST(Faults, StrikeFromEveryAndCount) {
+  EXPECT_EQ(FailingCalls("from = 11"), "11 12 ");
+  EXPECT_EQ(FailingCalls("every = 4"), "1 5 9 ");
+  EXPECT_EQ(FailingCalls("from = 3\nevery = 4\ncount = 2"), "3 7 ");
+}
+
 TEST(Targets, OfOneFileAreOneMachineOnceItIsInOrder) {
   const Machine broken("[[fault]]\n");
   double value = 0;
@@ -149,6 +172,8 @@ TEST(ErrorDescription, PrefersWhatHappenedOnTheSameThread) {
     EXPECT_EQ(Describe(sim::unknownTarget).substr(0, 27), "There is no target 'second'");
   }).join();
   EXPECT_EQ(Describe(0x12345), "Unknown status 0x00012345");
+  for (uint32_t status = 0x51001; status <= 0x5100F; ++status)
+    EXPECT_EQ(sim::GeneralTextOf(status).starts_with("Unknown"), status == 0x5100D) << status;
 }
 
 TEST(Threads, MayShareAMachine) {
