@@ -27,10 +27,10 @@ void RequireTrigger(const ProcessorSpec& spec, const std::string& name) {
   std::vector<std::string> names;
   for (const Task& task : spec.tasks) names.push_back(task.name);
   const size_t shown = std::min(names.size(), mostNamesShown);
-  const std::string known = fmt::format("{}{}", fmt::join(names.begin(), names.begin() + shown, ", "),
-                                        shown < names.size() ? ", ..." : "");
-  throw Failure{unknownTrigger, fmt::format("The logger has no trigger task '{}', expected one of: {}{}",
-                                            name, known, Suggestion(name, names))};
+  std::string known = fmt::format("{}", fmt::join(names.begin(), names.begin() + shown, ", "));
+  if (shown < names.size()) known += ", ..." + Suggestion(name, names);
+  throw Failure{unknownTrigger,
+                fmt::format("The logger has no trigger task '{}', expected one of: {}", name, known)};
 }
 
 }  // namespace

@@ -9,16 +9,6 @@ namespace {
 using Words = std::vector<uint32_t>;
 
 constexpr uint32_t ones = 0xFFFFFFFF;
-constexpr uint32_t narrowMarker = 0x000FFFFF;
-
-TEST(Ring, HasAMarkerOfItsOwnForTicksOf16Bits) {
-  Ring ring(3, 16);
-  ring.Clear(0x123456789);
-  EXPECT_EQ(ring.Words(),
-            (Words{0x1, 0x23456789, narrowMarker, ones, narrowMarker, ones, narrowMarker, ones}));
-  ring.Write(0x123456790, 14, 0xA1);
-  EXPECT_EQ(ring.Words(), (Words{0x1, 0x23456789, 0x000E6790, 0xA1, narrowMarker, ones, narrowMarker, ones}));
-}
 
 // The example of docs/ring-buffer.md.
 TEST(Ring, WritesTheDocumentedExample) {

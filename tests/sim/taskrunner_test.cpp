@@ -31,13 +31,13 @@ std::string NameOf(const ProcessorSpec& spec, uint32_t id) {
 std::string Records(const Scenario& scenario, uint64_t strideNs) {
   const ProcessorSpec& spec = scenario.processors[0];
   Logger logger(spec.slotCount, scenario.tickBits);
-  TaskRunner processor(spec, scenario.seed, scenario.Clock(), logger);
-  logger.Start(scenario.startTicks, processor.RunningTaskId(), std::nullopt);
+  TaskRunner runner(spec, scenario.seed, scenario.Clock(), logger);
+  logger.Start(scenario.startTicks, runner.RunningTaskId(), std::nullopt);
   for (uint64_t now = strideNs; now < scenario.stepNs; now += strideNs)
-    processor.AdvanceBefore(now, UINT64_MAX / 2);
-  processor.AdvanceBefore(scenario.stepNs, UINT64_MAX / 2);
+    runner.AdvanceBefore(now, UINT64_MAX / 2);
+  runner.AdvanceBefore(scenario.stepNs, UINT64_MAX / 2);
   std::ostringstream lines;
-  for (const auto& record : simtest::RingReader(logger.Words()).Records()) {
+  for (const auto& record : simtest::RecordsOf(logger.Words())) {
     lines << "#> " << record.time - scenario.startTicks << ' ' << record.type << ' '
           << NameOf(spec, record.id) << '\n';
   }
