@@ -118,7 +118,7 @@ void Controller::NoteContactLocked() {
   SaveState(false);
 }
 
-// Files may be old, damaged, or from before the machine was restarted: nothing in them is taken on trust.
+// Files may be old, damaged, or from before the computer was restarted: nothing in them is taken on trust.
 bool Controller::IsOurs(const RunState& state, uint64_t wallNs) const {
   if (state.powerOnNs > state.contactNs || state.contactNs > wallNs) return false;
   if (wallNs - state.contactNs > powerOffNs) return false;

@@ -98,7 +98,7 @@ struct Scenario {
   TickClock Clock() const;
 };
 
-// Tells texts apart, alike on every machine.
+// Tells texts apart, alike on every computer.
 uint64_t Hash(std::string_view text);
 
 }  // namespace sim

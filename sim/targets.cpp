@@ -19,7 +19,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The clock runs through the whole machine's uptime, so it is the same for all processes.
+// The clock runs through the computer's uptime, so it is the same for all processes.
 uint64_t MonotonicNs() {
   return static_cast<uint64_t>(
       std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count());
