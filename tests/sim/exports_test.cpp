@@ -134,7 +134,7 @@ TEST(Faults, StrikeFromEveryAndCount) {
     return failing;
   };
   EXPECT_EQ(failingCalls("from = 11"), "11 12 ");
-  EXPECT_EQ(failingCalls("every = 4"), "1 5 9 ");
+  EXPECT_EQ(failingCalls("every = 3"), "1 4 7 10 ");
   EXPECT_EQ(failingCalls("from = 3\nevery = 4\ncount = 2"), "3 7 ");
 }
 
