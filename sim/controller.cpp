@@ -53,7 +53,7 @@ double Controller::CallProcedure(std::string_view name) {
   const StateLock held = store_.Lock();  // what another process starts meanwhile must not be lost
   NoteContactLocked();
   RequireTrigger(processor->spec, processor->triggerVariable);
-  StartLogger(*processor, nowNs_, processor->triggerVariable);
+  StartLogger(*processor, nowNs_, nowNs_, processor->triggerVariable);
   SaveState(true);
   return 1;
 }
@@ -76,14 +76,22 @@ void Controller::ReadMemory(int64_t address, uint32_t* words, uint32_t count) {
 }
 
 std::vector<uint32_t> Controller::TaskIds(Kernel kernel) const {
+  const std::lock_guard lock(mutex_);
   std::vector<uint32_t> ids;
   for (const Processor& processor : processors_) {
     if (!IsSeenBy(kernel, processor)) continue;
-    for (const Task& task : processor.spec.tasks) ids.push_back(task.id);
+    for (const Task& task : processor.spec.tasks) {
+      if (IsPresent(processor, task)) ids.push_back(task.id);
+    }
   }
   if (kernel && ids.empty())
     throw Failure{unknownKernel, fmt::format("The controller has no kernel {}", *kernel)};
   return ids;
+}
+
+// A task that appears late is there once the logger has run for so long.
+bool Controller::IsPresent(const Processor& processor, const Task& task) const {
+  return task.appearsNs == 0 || (processor.startNs && nowNs_ >= *processor.startNs + task.appearsNs);
 }
 
 const Task& Controller::TaskById(uint32_t id) const {
@@ -146,7 +154,7 @@ void Controller::ApplyState(const RunState& state) {
   for (const StartedLogger& started : state.loggers) {
     for (Processor& processor : processors_) {
       if (processor.spec.number != started.number || processor.startNs == started.startNs) continue;
-      StartLogger(processor, started.startNs, started.trigger);
+      StartLogger(processor, started.startNs, started.startNs, started.trigger);
       processor.triggerVariable = started.trigger;
     }
   }
@@ -169,9 +177,7 @@ void Controller::SaveState(bool always) {
 void Controller::CatchUp(Processor& processor) {
   const bool longUnread = nowNs_ - std::min(nowNs_, processor.runner.NowNs()) > longRunNs;
   if (!scenario_.stepped && processor.activeTrigger.empty() && longUnread) {
-    const auto startNs = processor.startNs;
-    StartLogger(processor, nowNs_ - takeUpNs, {});
-    processor.startNs = startNs;
+    StartLogger(processor, *processor.startNs, nowNs_ - takeUpNs, {});
   }
   Advance(processor, nowNs_);
 }
@@ -194,14 +200,15 @@ void Controller::Advance(Processor& processor, uint64_t limitNs) {
 
 // The tasks of a processor are in step with whole seconds of controller time. So only the running second need
 // be made up for before a start, and a processor whose logger does not record costs nothing.
-void Controller::StartLogger(Processor& processor, uint64_t startNs, const std::string& trigger) {
+void Controller::StartLogger(Processor& processor, uint64_t startNs, uint64_t fromNs,
+                             const std::string& trigger) {
   // No task has an empty name, so an empty trigger finds none.
   const Task* triggerTask = FindTask(processor.spec, trigger);
   const auto triggerId = triggerTask ? std::optional(triggerTask->id) : std::nullopt;
   processor.logger.Stop();
-  processor.runner.Reset(startNs - startNs % nsPerSecond);
-  Advance(processor, startNs);
-  processor.logger.Start(scenario_.Clock().At(startNs), processor.runner.RunningTaskId(), triggerId);
+  processor.runner.Reset(fromNs - fromNs % nsPerSecond, startNs);
+  Advance(processor, fromNs);
+  processor.logger.Start(scenario_.Clock().At(fromNs), processor.runner.RunningTaskId(), triggerId);
   processor.startNs = startNs;
   processor.activeTrigger = trigger;
 }

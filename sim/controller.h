@@ -82,7 +82,9 @@ class Controller {
   void SaveState(bool always);
   void CatchUp(Processor& processor);
   void Advance(Processor& processor, uint64_t limitNs);
-  void StartLogger(Processor& processor, uint64_t startNs, const std::string& trigger);
+  // Records from `fromNs` on, which lies behind `startNs` where what comes first is not wanted any more.
+  void StartLogger(Processor& processor, uint64_t startNs, uint64_t fromNs, const std::string& trigger);
+  bool IsPresent(const Processor& processor, const Task& task) const;
 
   const Scenario scenario_;
   const StateStore store_;

@@ -10,6 +10,7 @@ namespace {
 constexpr size_t longestName = 200;
 constexpr size_t mostTasks = 10'000;
 constexpr size_t mostTestpoints = 4096;
+constexpr size_t mostLocks = 64;
 constexpr uint32_t firstTestpointAddress = 0x00FF0000;
 constexpr uint32_t testpointDistance = 16;
 
@@ -30,6 +31,28 @@ uint32_t ParseCode(TomlTable& table, const char* key, const std::string& text) {
   return code;
 }
 
+// The keys "every", "one_in" and "after".
+When ParseWhen(TomlTable& table) {
+  const auto every = table.Integer("every", 1, INT64_MAX);
+  const auto oneIn = table.Integer("one_in", 1, INT64_MAX);
+  if (every && oneIn) table.Fail("one_in", "either this or every");
+  When when;
+  when.every = static_cast<uint64_t>(every.value_or(oneIn.value_or(1)));
+  when.isRandom = oneIn.has_value();
+  when.afterNs = table.Duration("after").value_or(0);
+  return when;
+}
+
+Longer ParseLonger(TomlTable& table, const char* key) {
+  auto item = table.Table(key);
+  if (!item) return {};
+  Longer longer;
+  longer.byNs = item->RequiredDuration("by", 1);
+  longer.when = ParseWhen(*item);
+  item->Finish();
+  return longer;
+}
+
 // Reads the actions of one task. The tasks of the processor are all known by name.
 class ActionParser {
  public:
@@ -41,6 +64,11 @@ class ActionParser {
     for (TomlTable& item : table.Tables("events")) ParseEvent(item);
     for (TomlTable& item : table.Tables("issues")) ParseIssue(item);
     for (TomlTable& item : table.Tables("waits")) ParseWait(item);
+    for (TomlTable& item : table.Tables("stretches")) ParseStretch(item);
+    for (TomlTable& item : table.Tables("locks")) ParseLock(item);
+    for (TomlTable& item : table.Tables("unpreemptible")) {
+      AddPair(item, Action{Action::Kind::blockPreemption}, Action::Kind::allowPreemption);
+    }
     std::stable_sort(task_.actions.begin(), task_.actions.end(),
                      [](const Action& a, const Action& b) { return a.atNs < b.atNs; });
   }
@@ -48,12 +76,22 @@ class ActionParser {
  private:
   void Add(TomlTable& item, Action action) {
     action.atNs = item.Duration("at").value_or(0);
-    if (action.atNs > task_.runNs + task_.jitterNs + task_.overrunByNs) {
+    if (action.atNs > task_.runNs + task_.jitterNs + task_.overrun.byNs) {
       item.Fail("at", "a point within the longest run time of the task");
     }
-    action.every = static_cast<uint64_t>(item.Integer("every", 1, INT64_MAX).value_or(1));
+    action.when = ParseWhen(item);
     item.Finish();
     task_.actions.push_back(action);
+  }
+
+  // What begins here and ends after so much run time; the end comes in every cycle and finds nothing to end
+  // in some.
+  void AddPair(TomlTable& item, Action begin, Action::Kind end) {
+    const uint64_t lastsNs = item.RequiredDuration("for", 1);
+    Add(item, begin);
+    begin.kind = end;
+    begin.atNs = task_.actions.back().atNs + lastsNs;
+    task_.actions.push_back(begin);
   }
 
   void ParseTestpoint(TomlTable& item) {
@@ -78,7 +116,7 @@ class ActionParser {
       item.Fail("task", "the name of a task of the same kernel");
     }
     Action action{Action::Kind::event};
-    action.task = found->second.index;
+    action.index = found->second.index;
     Add(item, action);
   }
 
@@ -91,7 +129,27 @@ class ActionParser {
   void ParseWait(TomlTable& item) {
     Action action{Action::Kind::wait};
     action.lastsNs = item.RequiredDuration("for", 1);
+    action.jitterNs = item.Duration("jitter").value_or(0);
+    if (action.jitterNs >= action.lastsNs) item.Fail("jitter", "less than the wait");
+    action.longer = ParseLonger(item, "longer");
     Add(item, action);
+  }
+
+  void ParseStretch(TomlTable& item) {
+    Action action{Action::Kind::stretch};
+    action.lastsNs = item.RequiredDuration("by", 1);
+    Add(item, action);
+  }
+
+  void ParseLock(TomlTable& item) {
+    const std::string name = ParseName(item, "lock");
+    auto& locks = processor_.locks;
+    const auto found = std::find(locks.begin(), locks.end(), name);
+    Action action{Action::Kind::lock};
+    action.index = static_cast<uint32_t>(found - locks.begin());
+    if (found == locks.end() && locks.size() == mostLocks) item.Fail("lock", "at most 64 locks of a kernel");
+    if (found == locks.end()) locks.push_back(name);
+    AddPair(item, action, Action::Kind::unlock);
   }
 
   ProcessorSpec& processor_;
@@ -103,19 +161,33 @@ void ParseRunTime(TomlTable& table, Task& task) {
   task.runNs = table.RequiredDuration("run", 1);
   task.jitterNs = table.Duration("jitter").value_or(0);
   if (task.jitterNs >= task.runNs) table.Fail("jitter", "less than the run time");
-  if (auto overrun = table.Table("overrun")) {
-    const auto every = overrun->Integer("every", 1, INT64_MAX);
-    if (!every) overrun->Fail("every", "a number of cycles");
-    task.overrunEvery = static_cast<uint64_t>(*every);
-    task.overrunByNs = overrun->RequiredDuration("by", 1);
-    overrun->Finish();
-  }
+  task.overrun = ParseLonger(table, "overrun");
+}
+
+void ParseBurst(TomlTable& table, Task& task) {
+  auto item = table.Table("burst");
+  if (!item) return;
+  if (task.periodNs == 0) table.Fail("burst", "a period with it");
+  const auto count = item->Integer("count", 1, INT64_MAX);
+  if (!count) item->Fail("count", "a number of releases");
+  task.burst.count = static_cast<uint64_t>(*count);
+  task.burst.spacingNs = item->RequiredDuration("spacing", 1);
+  task.burst.when = ParseWhen(*item);
+  item->Finish();
 }
 
 void ParseRelease(TomlTable& table, Task& task) {
   task.periodNs = table.Duration("period", 1).value_or(0);
   task.offsetNs = table.Duration("offset").value_or(0);
   if (task.offsetNs > 0 && task.periodNs == 0) table.Fail("offset", "a period with it");
+  task.releaseJitterNs = table.Duration("release_jitter").value_or(0);
+  task.driftNs = table.Duration("drift").value_or(0);
+  const uint64_t variesNs = task.releaseJitterNs + task.driftNs;
+  if (variesNs > 0 && variesNs >= task.periodNs) {
+    table.Fail("release_jitter", "a period that is longer, drift included");
+  }
+  task.appearsNs = table.Duration("appears").value_or(0);
+  ParseBurst(table, task);
   task.deadlineNs = table.Duration("deadline", 1).value_or(0);
   if (task.periodNs > 0 && task.deadlineNs >= task.periodNs) {
     table.Fail("deadline", "less than the period, which is the deadline anyway");
@@ -166,6 +238,7 @@ void ParseTasks(TomlTable& table, ProcessorSpec& processor, uint32_t firstTaskId
     ActionParser(processor, processor.tasks[i], names).Parse(items[i]);
     items[i].Finish();
   }
+  processor.inheritance = table.Boolean("inheritance").value_or(false);
   processor.tasks.push_back(IdleTask(table, processor, names));
   for (Task& task : processor.tasks) task.id = firstTaskId++;
 }

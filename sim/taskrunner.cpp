@@ -3,27 +3,34 @@
 #include "taskrunner.h"
 
 #include <algorithm>
-#include <tuple>
 
 namespace sim {
 
+TaskRunner::TaskState::TaskState(const Task& spec, uint64_t taskSeed)
+    : priority(spec.priority), seed(taskSeed), random(taskSeed), otherRandom(~taskSeed) {}
+
 TaskRunner::TaskRunner(const ProcessorSpec& spec, uint64_t seed, TickClock clock, Logger& logger)
     : spec_(spec), seed_(seed), clock_(clock), logger_(logger), ready_(spec.tasks.size()) {
-  Reset(0);
+  Reset(0, 0);
 }
 
-void TaskRunner::Reset(uint64_t originNs) {
+void TaskRunner::Reset(uint64_t originNs, uint64_t startNs) {
   timers_.clear();
   states_.clear();
+  woken_.clear();
+  locks_.assign(spec_.locks.size(), Lock());
   ready_.Clear();
+  startNs_ = startNs;
   nowNs_ = originNs;
   accountedNs_ = originNs;
   steps_ = 0;
   for (uint32_t task = 0; task < spec_.tasks.size(); ++task) {
     const Task& spec = spec_.tasks[task];
     // A generator of its own for each task: what one does never changes the run times of another.
-    states_.emplace_back(Random(seed_ ^ (uint64_t{spec.id} << 32) ^ originNs).Next());
-    if (spec.periodNs > 0) AddTimer({originNs + spec.offsetNs, TimerKind::release, task});
+    states_.emplace_back(spec, Random(seed_ ^ (uint64_t{spec.id} << 32) ^ originNs).Next());
+    const uint64_t firstNs = Appears(task) ? std::max(originNs, AppearsNs(task)) : originNs;
+    states_[task].dueNs = firstNs + spec.offsetNs;
+    if (spec.periodNs > 0) TimeRelease(task);
   }
   running_ = Idle();
   PlanRunning();
@@ -64,10 +71,13 @@ void TaskRunner::CountStep(uint32_t task) {
 void TaskRunner::RunningTaskActs() {
   CountStep(running_);
   AccountRunTime();
-  TaskState& state = states_[running_];
+  TaskState& state = Running();
   const auto& actions = RunningTask().actions;
-  if (state.nextAction < actions.size() && actions[state.nextAction].atNs == state.doneNs) {
-    Perform(actions[state.nextAction++]);
+  const size_t next = state.nextAction;
+  if (next < actions.size() && actions[next].atNs + state.stretchedNs == state.doneNs) {
+    ++state.nextAction;
+    PlanRunning();
+    if (Happens(actions[next].when, state, state.cycle, next)) Perform(actions[next]);
   } else if (state.doneNs == state.runNs) {
     EndCycle();
   } else {
@@ -76,19 +86,34 @@ void TaskRunner::RunningTaskActs() {
 }
 
 void TaskRunner::Perform(const Action& action) {
-  PlanRunning();
-  if (states_[running_].cycle % action.every != 0) return;
   switch (action.kind) {
     case Action::Kind::testpoint: return Record(recordTestpoint, action.id);
     case Action::Kind::issue: return Record(recordTimingIssue, action.id);
-    case Action::Kind::event: return RaiseEvent(action.task);
-    case Action::Kind::wait:
-      AddTimer({nowNs_ + action.lastsNs, TimerKind::resume, running_});
-      return GiveWay(recordPlainSwitch);
+    case Action::Kind::event: return RaiseEvent(action.index);
+    case Action::Kind::wait: return StartWait(action);
+    case Action::Kind::lock: return TakeLock(action.index);
+    case Action::Kind::unlock: ReleaseLock(action.index); return PreemptIfDue();
+    case Action::Kind::blockPreemption: Running().blocksPreemption = true; return;
+    case Action::Kind::allowPreemption: Running().blocksPreemption = false; return PreemptIfDue();
+    case Action::Kind::stretch:
+      Running().stretchedNs += action.lastsNs;
+      Running().runNs += action.lastsNs;
+      return PlanRunning();
   }
 }
 
+void TaskRunner::StartWait(const Action& action) {
+  TaskState& state = Running();
+  uint64_t lastsNs = action.lastsNs;
+  if (action.jitterNs > 0) lastsNs += state.otherRandom.Below(2 * action.jitterNs + 1) - action.jitterNs;
+  // Another number than that of any action, so that the longer waits are chosen apart from the waits.
+  if (Happens(action.longer.when, state, state.cycle, ~state.nextAction)) lastsNs += action.longer.byNs;
+  AddTimer({nowNs_ + lastsNs, TimerKind::resume, running_});
+  GiveWay(recordPlainSwitch);
+}
+
 void TaskRunner::RaiseEvent(uint32_t task) {
+  if (Appears(task) && nowNs_ < AppearsNs(task)) return;
   Record(recordTaskEvent, spec_.tasks[task].id);
   if (spec_.tasks[task].periodNs > 0) return;
   if (states_[task].active) {
@@ -97,12 +122,14 @@ void TaskRunner::RaiseEvent(uint32_t task) {
   }
   StartCycle(task);
   MakeReady(task);
-  if (Preempts()) Preempt();
+  PreemptIfDue();
 }
 
 void TaskRunner::EndCycle() {
-  TaskState& state = states_[running_];
+  TaskState& state = Running();
   state.active = false;
+  state.blocksPreemption = false;
+  while (!state.heldLocks.empty()) ReleaseLock(state.heldLocks.back());
   if (state.pending) {
     state.pending = false;
     StartCycle(running_);
@@ -112,90 +139,43 @@ void TaskRunner::EndCycle() {
 }
 
 void TaskRunner::EndSlice() {
-  if (ready_.TopPriority() == RunningTask().priority) {
+  if (ready_.TopPriority() >= Running().priority && !Running().blocksPreemption) {
     MakeReady(running_);
     return GiveWay(recordSliceUsed);
   }
-  states_[running_].sliceLeftNs = RunningTask().sliceNs;
+  Running().sliceLeftNs = RunningTask().sliceNs;
   PlanRunning();
-}
-
-// ---- Timers ----
-
-void TaskRunner::HandleTimers() {
-  woken_.clear();
-  while (NextTimerNs() == nowNs_) {
-    const Timer timer = timers_.front();
-    std::pop_heap(timers_.begin(), timers_.end(), Later);
-    timers_.pop_back();
-    HandleTimer(timer);
-  }
-  const bool preempts = Preempts();
-  for (const uint32_t task : woken_) {
-    if (!preempts || task != ready_.Top()) Record(recordTaskEvent, spec_.tasks[task].id);
-  }
-  if (preempts) Preempt();
-}
-
-void TaskRunner::HandleTimer(const Timer& timer) {
-  TaskState& state = states_[timer.task];
-  CountStep(timer.task);
-  switch (timer.kind) {
-    case TimerKind::deadline:
-      state.deadlineTimed = false;
-      if (!state.active) return;
-      if (state.deadlineNs > nowNs_) return TimeDeadline(timer.task);  // this timer was of a cycle before
-      return Record(recordTimingIssue, spec_.tasks[timer.task].lateIssue);
-    case TimerKind::release:
-      AddTimer({nowNs_ + spec_.tasks[timer.task].periodNs, TimerKind::release, timer.task});
-      return Release(timer.task);
-    case TimerKind::resume: MakeReady(timer.task); woken_.push_back(timer.task);
-  }
-}
-
-// A release that finds the task still at work is lost, and a timing issue.
-void TaskRunner::Release(uint32_t task) {
-  // What ends at this very instant is in time, so the running task's end was handled before.
-  if (states_[task].active) return Record(recordTimingIssue, spec_.tasks[task].lateIssue);
-  StartCycle(task);
-  MakeReady(task);
-  woken_.push_back(task);
-}
-
-void TaskRunner::StartCycle(uint32_t task) {
-  const Task& spec = spec_.tasks[task];
-  TaskState& state = states_[task];
-  ++state.cycle;
-  state.active = true;
-  state.doneNs = 0;
-  state.nextAction = 0;
-  state.sliceLeftNs = spec.sliceNs;
-  state.runNs = spec.runNs;
-  if (spec.jitterNs > 0) state.runNs += state.random.Below(2 * spec.jitterNs + 1) - spec.jitterNs;
-  if (spec.overrunEvery > 0 && state.cycle % spec.overrunEvery == 0) state.runNs += spec.overrunByNs;
-  state.deadlineNs = nowNs_ + spec.deadlineNs;
-  if (spec.deadlineNs > 0 && !state.deadlineTimed) TimeDeadline(task);
-}
-
-void TaskRunner::TimeDeadline(uint32_t task) {
-  AddTimer({states_[task].deadlineNs, TimerKind::deadline, task});
-  states_[task].deadlineTimed = true;
 }
 
 // ---- Who has the processor ----
 
-bool TaskRunner::Preempts() const { return ready_.TopPriority() > RunningTask().priority; }
+// Makes a task ready that gets a record of its own unless it has the processor at once.
+void TaskRunner::Wake(uint32_t task) {
+  MakeReady(task);
+  woken_.push_back(task);
+}
 
-void TaskRunner::Preempt() {
+void TaskRunner::RecordWoken(uint32_t next) {
+  for (const uint32_t task : woken_) {
+    if (task != next) Record(recordTaskEvent, spec_.tasks[task].id);
+  }
+  woken_.clear();
+}
+
+void TaskRunner::PreemptIfDue() {
+  const bool isDue = ready_.TopPriority() > Running().priority && !Running().blocksPreemption;
+  RecordWoken(isDue ? ready_.Top() : none);
+  if (!isDue) return;
   if (running_ == Idle()) return SwitchTo(ready_.Pop(), recordFromIdle);
   const uint32_t next = ready_.Pop();
-  ready_.PushFront(running_, RunningTask().priority);
+  ready_.PushFront(running_, Running().priority);
   SwitchTo(next, recordPreempted);
 }
 
 // The running task leaves the processor to the next ready one, which may be itself.
 void TaskRunner::GiveWay(uint32_t type) {
   const uint32_t next = ready_.TopPriority() < 0 ? Idle() : ready_.Pop();
+  RecordWoken(next);
   if (next != running_) return SwitchTo(next, type);
   PlanRunning();
 }
@@ -210,7 +190,7 @@ void TaskRunner::SwitchTo(uint32_t task, uint32_t type) {
 
 void TaskRunner::AccountRunTime() {
   const uint64_t usedNs = nowNs_ - accountedNs_;
-  TaskState& state = states_[running_];
+  TaskState& state = Running();
   state.doneNs += usedNs;
   state.sliceLeftNs -= std::min(state.sliceLeftNs, usedNs);
   accountedNs_ = nowNs_;
@@ -221,23 +201,14 @@ void TaskRunner::PlanRunning() {
     actsAtNs_ = UINT64_MAX;
     return;
   }
-  const TaskState& state = states_[running_];
+  const TaskState& state = Running();
   const Task& spec = RunningTask();
   uint64_t leftNs = state.runNs - state.doneNs;
   if (state.nextAction < spec.actions.size()) {
-    leftNs = std::min(leftNs, spec.actions[state.nextAction].atNs - state.doneNs);
+    leftNs = std::min(leftNs, spec.actions[state.nextAction].atNs + state.stretchedNs - state.doneNs);
   }
   if (spec.sliceNs > 0) leftNs = std::min(leftNs, state.sliceLeftNs);
   actsAtNs_ = accountedNs_ + leftNs;
-}
-
-bool TaskRunner::Later(const Timer& a, const Timer& b) {
-  return std::tie(a.atNs, a.kind, a.task) > std::tie(b.atNs, b.kind, b.task);
-}
-
-void TaskRunner::AddTimer(const Timer& timer) {
-  timers_.push_back(timer);
-  std::push_heap(timers_.begin(), timers_.end(), Later);
 }
 
 }  // namespace sim

@@ -137,6 +137,13 @@ std::optional<int64_t> TomlTable::Integer(const char* key, int64_t least, int64_
   return value;
 }
 
+std::optional<bool> TomlTable::Boolean(const char* key) {
+  const toml::node* node = Find(key);
+  if (!node) return std::nullopt;
+  if (!node->is_boolean()) FailAt(*node, key, "true or false");
+  return node->as_boolean()->get();
+}
+
 std::optional<double> TomlTable::Number(const char* key, double least, double most) {
   const toml::node* node = Find(key);
   if (!node) return std::nullopt;

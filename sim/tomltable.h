@@ -27,6 +27,7 @@ class TomlTable {
   // Values; nothing when the key is absent.
   std::optional<std::string> Text(const char* key);
   std::optional<int64_t> Integer(const char* key, int64_t least, int64_t most);
+  std::optional<bool> Boolean(const char* key);
   std::optional<double> Number(const char* key, double least, double most);
   std::optional<uint64_t> Duration(const char* key, uint64_t leastNs = 0);
   // The table of that key; the tables of an array, none when the key is absent.
