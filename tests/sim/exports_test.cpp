@@ -72,6 +72,7 @@ TEST(Exports, RefuseWhatTheMachineDoesNotHave) {
   EXPECT_EQ(words[0], 3 * 4u);  // the count, and the idle tasks of the scheduler and of kernel 0
   EXPECT_EQ(DbgTaskGetName(machine.Target(), 0x00050001, text, 9), sim::unknownTask);
   EXPECT_EQ(DbgTaskGetData(machine.Target(), 0x00020001, 2, words, 4), sim::unknownTaskItem);
+  EXPECT_EQ(sim::TextOf(sim::unknownTaskItem), sim::GeneralTextOf(sim::unknownTaskItem));
 }
 
 TEST(Exports, RefuseBadArguments) {
