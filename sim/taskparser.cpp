@@ -11,6 +11,8 @@ constexpr size_t longestName = 200;
 constexpr size_t mostTasks = 10'000;
 constexpr size_t mostTestpoints = 4096;
 constexpr size_t mostLocks = 64;
+// So many stretches of a day each keep a cycle within 64 bits.
+constexpr size_t mostActions = 10'000;
 constexpr uint32_t firstTestpointAddress = 0x00FF0000;
 constexpr uint32_t testpointDistance = 16;
 
@@ -80,6 +82,7 @@ class ActionParser {
       item.Fail("at", "a point within the longest run time of the task");
     }
     action.when = ParseWhen(item);
+    if (task_.actions.size() >= mostActions) item.Fail("at most 10000 actions of a task");
     item.Finish();
     task_.actions.push_back(action);
   }
