@@ -62,7 +62,7 @@ void Controller::ReadMemory(int64_t address, uint32_t* words, uint32_t count) {
     if (scenario_.stepped) nowNs_ += scenario_.stepNs;
     MeetNow();
     if (unit.logger.Recording()) unit.core.AdvanceBefore(nowNs_);
-    std::copy_n(unit.logger.Words().begin() + offset / 4, count, words);
+    std::copy_n(unit.logger.Words().data() + offset / 4, count, words);
     return;
   }
   throw Failure{badAddress,

@@ -20,7 +20,7 @@ void IdIndex::Build(const std::vector<_STLCategory*>& categories) {
 std::size_t IdIndex::PlaceOf(u64 key) const {
   const std::size_t mask = places_.size() - 1;
   // Ids are often addresses: the multiplication carries all their bits into the upper ones.
-  std::size_t place = (key * 0x9E3779B97F4A7C15u >> 32) & mask;
+  std::size_t place = static_cast<std::size_t>(key * 0x9E3779B97F4A7C15u >> 32) & mask;
   while (places_[place].category && places_[place].key != key) place = (place + 1) & mask;
   return place;
 }
