@@ -8,6 +8,7 @@
 #include <type_traits>
 
 #include "model/block.h"
+#include "model/pages.h"
 
 // Grows in place where the system can do so, which for large blocks means without a copy. New values are
 // built in the spare room, unseen until they are taken over: a failure leaves nothing to undo.

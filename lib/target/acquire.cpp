@@ -5,8 +5,8 @@
 #include <memory>
 #include <new>
 
-#include "model/block.h"
 #include "model/free.h"
+#include "model/pages.h"
 #include "target/access.h"
 #include "target/acquisition.h"
 #include "target/number.h"
