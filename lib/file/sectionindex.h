@@ -48,7 +48,7 @@ SectionIndex<Number>::SectionIndex(const _STLTaskLog& log) : log_(log) {
     offsets.push_back(size);
     if (category->GetType() == TLCatTask) size += static_cast<std::size_t>(category->entryCounts.Sum(types));
   }
-  numbers_.reset(new Number[size]);  // not filled first, which make_unique would do
+  numbers_.reset(new Number[size]);  // not zeroed
   for (const std::size_t offset : offsets) begins_.push_back(numbers_.get() + offset);
   ends_ = begins_;
 

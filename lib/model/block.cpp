@@ -7,13 +7,14 @@
 #include <cstring>
 
 #include "model/pages.h"
+#include "model/thresholds.h"
 
 namespace {
 
 // Below, the end of a block in its last large page would weigh too much.
-constexpr std::size_t smallestLarge = 2 * largePageSize;
+constexpr std::size_t smallestLarge = thresholds::smallestLarge;
 
-void Free(void* block, std::size_t sizeBytes) {
+void Release(void* block, std::size_t sizeBytes) {
   if (sizeBytes >= smallestLarge)
     UnmapPages(block, sizeBytes);
   else
@@ -25,7 +26,7 @@ void Free(void* block, std::size_t sizeBytes) {
 bool Block::Resize(std::size_t sizeBytes) {
   if (sizeBytes > PTRDIFF_MAX - smallestLarge) return false;
   if (sizeBytes == 0) {
-    Free(data_, sizeBytes_);
+    Release(data_, sizeBytes_);
     data_ = nullptr;
     sizeBytes_ = 0;
     return true;
@@ -47,7 +48,7 @@ bool Block::Resize(std::size_t sizeBytes) {
 bool Block::MoveTo(void* fresh, std::size_t sizeBytes) {
   if (!fresh) return false;
   if (data_) std::memcpy(fresh, data_, std::min(sizeBytes, sizeBytes_));
-  Free(data_, sizeBytes_);
+  Release(data_, sizeBytes_);
   data_ = fresh;
   sizeBytes_ = sizeBytes;
   return true;

@@ -2,6 +2,12 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdlib>
+
+// For std::unique_ptr over memory from the C allocation functions.
+struct Free {
+  void operator()(void* memory) const { std::free(memory); }
+};
 
 // Small blocks come from malloc, those of several megabytes from the system, in large pages.
 class Block {

@@ -8,14 +8,16 @@
 
 namespace {
 
-std::size_t ToLargePage(void* memory) { return -reinterpret_cast<std::uintptr_t>(memory) % largePageSize; }
+std::size_t DistanceToLargePage(void* memory) {
+  return -reinterpret_cast<std::uintptr_t>(memory) % largePageSize;
+}
 
 // Address space for a block; null when there is none.
 void* Map(std::size_t sizeBytes, int protection) {
   const std::size_t mapped = sizeBytes + largePageSize;
   void* const memory = mmap(nullptr, mapped, protection, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   if (memory == MAP_FAILED) return nullptr;
-  const std::size_t before = ToLargePage(memory);
+  const std::size_t before = DistanceToLargePage(memory);
   auto* const block = static_cast<char*>(memory) + before;
   if (before > 0) munmap(memory, before);
   munmap(block + sizeBytes, largePageSize - before);
@@ -43,7 +45,7 @@ void* RemapPages(void* memory, std::size_t oldSize, std::size_t newSize) {
 void UnmapPages(void* memory, std::size_t sizeBytes) { munmap(memory, sizeBytes); }
 
 void PreferLargePages(void* memory, std::size_t sizeBytes) {
-  const std::size_t before = ToLargePage(memory);
+  const std::size_t before = DistanceToLargePage(memory);
   if (sizeBytes < before + largePageSize) return;
   const std::size_t whole = (sizeBytes - before) / largePageSize * largePageSize;
   madvise(static_cast<char*>(memory) + before, whole, MADV_HUGEPAGE);

@@ -1,30 +1,39 @@
 // Finds the category of a kind and an id.
 #pragma once
 
+#include <map>
 #include <vector>
 
 #include "model/model.h"
 
 // A hash table over the categories of a log. Among categories of one kind and id the one created first
-// counts. It knows ids as they were when it was built: build it anew when an id has changed.
+// counts. Ids that collide beyond a few places go into a tree, so that no choice of ids makes it slow. A task
+// may change its id once to one that no task has: then add it. Build the table anew when ids have changed
+// otherwise.
 class IdIndex {
  public:
   bool IsBuilt() const { return !places_.empty(); }
   void Build(const std::vector<_STLCategory*>& categories);  // throws bad_alloc
   // Null when there is none.
-  _STLCategory* Find(ETLCatType kind, u32 id) const;
+  _STLCategory* Find(ETLCatType kind, u32 id);
   // Adds a category under an id, unless there is one.
   void Add(u32 id, _STLCategory* category);  // throws bad_alloc
 
  private:
+  static constexpr u64 freeKey = UINT64_MAX;
   struct Place {
-    u64 key;                 // kind and id
-    _STLCategory* category;  // null: free
+    u64 key = freeKey;                 // kind and id
+    _STLCategory* category = nullptr;  // the first of them; null when it has left
   };
 
-  std::size_t PlaceOf(u64 key) const;
+  _STLCategory** FindPlace(u64 key);  // null when there is none
+  _STLCategory*& PlaceFor(u64 key);   // throws bad_alloc
+  Place* Probe(u64 key);
   void Grow();
+  void Put(u64 key, _STLCategory* category);  // a key that is not there
 
   std::vector<Place> places_;  // a power of two, at most half of them taken
   std::size_t taken_ = 0;
+  std::map<u64, _STLCategory*> crowded_;  // keys for which there was no place near their own
+  std::vector<_STLCategory*> following_;  // by category index: the next one that had the same id
 };
