@@ -68,7 +68,7 @@ void Controller::ReadMemory(int64_t address, uint32_t* words, uint32_t count) {
     if (scenario_.stepped) nowNs_ += scenario_.stepNs;
     NoteContact();
     if (processor.logger.Recording()) CatchUp(processor);
-    std::copy_n(processor.logger.Words().begin() + offset / 4, count, words);
+    std::copy_n(processor.logger.Words().data() + offset / 4, count, words);
     return;
   }
   throw Failure{badAddress,
