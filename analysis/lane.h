@@ -45,7 +45,6 @@ class Lane {
   Ticks Length() const { return stop_ - start_; }
   std::uint64_t TicksPerSecond() const { return ticksPerSecond_; }  // 0: unknown
   bool RatesDiffer() const { return ratesDiffer_; }  // of two logs with a known rate: they are no lane
-  std::uint64_t EntriesCount() const;                // of types 0 to 7; counts shared entries once
 
   const std::vector<Gap>& Gaps() const { return gaps_; }  // by time, within the period; they do not overlap
   Ticks TicksInGaps() const;
@@ -57,10 +56,12 @@ class Lane {
 
   // For cursors.
   const std::vector<Segment>& Segments() const { return segments_; }
-  // Whether the first switch's slot 1 says who ran at the start: not when a gap lies between the two.
-  bool StartsKnown() const { return startsKnown_; }
+  bool BeginsLog() const { return beginsLog_; }  // not a part that begins later
+  // Whether slot 1 of the first switch tells who ran at the start: not when records were lost before it.
+  bool KnowsWhoRan() const { return knowsWhoRan_; }
 
  private:
+  Lane Part(Ticks from, Ticks to) const;
   void AddSegments(std::vector<Segment> whole);
   void AddGaps(std::vector<Gap> gaps);
 
@@ -71,7 +72,8 @@ class Lane {
   Ticks stop_ = 0;
   std::uint64_t ticksPerSecond_ = 0;
   bool ratesDiffer_ = false;
-  bool startsKnown_ = true;
+  bool beginsLog_ = true;
+  bool knowsWhoRan_ = true;
 };
 
 }  // namespace analysis

@@ -56,10 +56,12 @@ struct Mark {
 
 // Takes part in a walk. Calls come in the order of time; within one tick: marks and the end of the job that
 // leaves, events and activations, the start of the job that gets the processor, the marks behind that.
+// What is handed over is valid until the call returns.
 class Visitor {
  public:
-  // Bits of what a visitor wants to be told; gaps and the end are told to all.
-  enum Interest : unsigned { runs = 1, jobs = 2, beginnings = 4, states = 8, marks = 16 };
+  // Bits of what a visitor wants to be told; gaps and the end are told to all. Without `markSubjects` the
+  // subject of a testpoint or timing issue may be `noSubject`, which saves its look-up.
+  enum Interest : unsigned { runs = 1, jobs = 2, beginnings = 4, states = 8, marks = 16, markSubjects = 32 };
 
   explicit Visitor(unsigned interests) : interests_(interests) {}
   virtual ~Visitor() = default;
@@ -76,6 +78,7 @@ class Visitor {
   virtual void OnDropped(const Job&) {}
   // states: each change, after the run that ends there was told.
   virtual void OnState(TaskIndex, JobState, Ticks) {}
+  // marks
   virtual void OnMark(const Mark&) {}
   // Nothing goes on across a gap: all jobs under way have been told as cut.
   virtual void OnGap(const Gap&) {}
