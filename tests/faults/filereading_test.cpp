@@ -54,6 +54,17 @@ TEST(FileReading, TellsAFileThatEndsFromOneThatCannotBeRead) {
   RecordProperty("bytesCut", std::to_string(cuts));
 }
 
+// Whoever writes into a pipe may wait there: nothing is asked for behind the last byte that a file must have.
+TEST(FileReading, DoesNotDependOnHowMuchComesAtOnce) {
+  for (const std::size_t most : {1u, 2u, 7u, 15u}) {
+    FaultFile file(ValidFile(0x0103, 0x0104));
+    file.mostBytes = most;
+    ASSERT_EQ(ReadAndRecover(file, {}), 0u);
+    ASSERT_EQ(TLTaskLogAppendFromFile(NewLog().get(), file.Path()), 0u);
+    EXPECT_EQ(file.callNames, std::string((file.content.size() + most - 1) / most, 'r') + 'c');
+  }
+}
+
 TEST(FileReading, ReportsWhatIsNoFile) {
   const std::string tooLong(300, 'n');
   const TempFile loop;
