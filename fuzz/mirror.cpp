@@ -162,7 +162,7 @@ void Mirror::RequireSame() {
   TLCategoryIteratorDestroy(iterator);
   RequireEqual("number of categories", handles_.size(), model_.categories.size());
   for (std::size_t i = 0; i < handles_.size(); ++i) fuzz::RequireSame(handles_[i], *model_.categories[i]);
-  Ask({.types = UINT64_MAX});
+  Ask({.category = {}, .types = UINT64_MAX});
   const bool sorted =
       std::is_sorted(model_.entries.begin(), model_.entries.end(),
                      [](const plain::Entry& a, const plain::Entry& b) { return a.timestamp < b.timestamp; });
