@@ -52,7 +52,8 @@ TEST(Exports, RefuseWhatTheControllerDoesNotHave) {
   for (const char* name :
        {"Target.CpuClock", "Target.Mpu", "", "Kernel.3.Logger.BufferSize", "Kernel.01.Logger.BufferSize",
         "Kernel..Logger.BufferSize", "Kernel.1.Logger.Buffer", "Kernel.4294967297.Logger.BufferSize",
-        "Watchpoint.Entity!Object1", "Watchpoint.Entity!Object00", "Watchpoint.Entity.End.Prop.Address"}) {
+        "Watchpoint.Entity!Object1", "Watchpoint.Entity!Object00", "Watchpoint.Entity!Object0x",
+        "Watchpoint.Entity.End.Prop.Address"}) {
     EXPECT_EQ(GetVariable(kernel1.c_str(), name, &number, 0), 0x50201u) << name;
     EXPECT_EQ(PutVariable(controller.Target(), name, "A", 2), 0x50201u) << name;
   }
