@@ -1,9 +1,9 @@
-// The TL exports: each forwards to the model, refuses a missing argument, or turns a failed allocation into
-// its code. No other logic.
+// The TL exports: each forwards to the model, takes a missing target for the empty name, refuses other
+// missing arguments, or turns a failed allocation into its code. No other logic.
 #include <new>
 
 #include "model/model.h"
-#include "target/start.h"
+#include "target/target.h"
 
 uint32_t TLTaskLogCreate(TLTaskLog* log) {
   if (!log) return TLErrOutOfMemory;
@@ -16,14 +16,12 @@ uint32_t TLTaskLogCreate(TLTaskLog* log) {
 void TLTaskLogDestroy(TLTaskLog log) { delete log; }
 
 uint32_t TLStartLog(const char* target, const char* triggerTask) {
-  if (!target) return TLErrLoggerNotStarted;
-  return StartLog(target, triggerTask);
+  return StartLog(target ? target : "", triggerTask);
 }
 
 uint32_t TLTaskLogAppendFromTarget(TLTaskLog log, const char* target, int32_t kernel, TLProgress progress,
                                    void* user) {
-  if (!target) return TLErrCanceled;
-  return log->AppendFromTarget(target, kernel, progress, user);
+  return log->AppendFromTarget(target ? target : "", kernel, progress, user);
 }
 
 uint32_t TLTaskLogAppendFromFile(TLTaskLog log, const char* path) {

@@ -131,16 +131,17 @@ void TLTaskLogDestroy(TLTaskLog log);
 
 /* Starts the logger of a controller.
  * target       the controller's name, as the target-access library takes it. A suffix "/@n" or "\@n"
- *              with n written in the digits 1 to 8 selects the logger of kernel n; without one, kernel 0
+ *              with n written in the digits 1 to 8 selects the logger of kernel n; without one, kernel 0.
+ *              Null counts as the empty name
  * triggerTask  name of the task that triggers the logger; null or empty leaves the trigger as it is.
  *              A failure to set it on a controller with loggers per kernel is not reported
- * Errors    TLErrLoggerNotStarted when the controller answered that it did not start, also for a null
- *           `target`, of which nothing is called; else a code of the target-access library
+ * Errors    TLErrLoggerNotStarted when the controller answered that it did not start; else a code of the
+ *           target-access library
  * Threads   any, as far as the target-access library allows */
 uint32_t TLStartLog(const char* target, const char* triggerTask);
 
 /* Reads the buffer of one logger and adds the entries that the log does not hold yet.
- * target    the controller's name. A kernel suffix, as above, is taken off
+ * target    the controller's name. A kernel suffix, as above, is taken off. Null counts as the empty name
  * kernel    -1: the scheduler's logger; above 0: the logger of that kernel, reached through the target
  *           name with "/@kernel" behind it; any other value: Kernel.<kernel>.Logger, reached through the
  *           plain target name
@@ -156,8 +157,7 @@ uint32_t TLStartLog(const char* target, const char* triggerTask);
  * Errors    TLErrCanceled, TLErrOutOfMemory or a code of the target-access library, with the entries,
  *           start and stop time as they were; ticks per second and categories found so far may be new.
  *           One exception: when fetching tasks or testpoints fails, the append completes, with
- *           categories named after ids, and then returns the code of the last failed fetch.
- *           A null `target` is TLErrCanceled, before the first call of `progress`
+ *           categories named after ids, and then returns the code of the last failed fetch
  * Threads   beside no other use of `log` */
 uint32_t TLTaskLogAppendFromTarget(TLTaskLog log, const char* target, int32_t kernel, TLProgress progress,
                                    void* user);

@@ -8,9 +8,14 @@
 #ifndef TASKLOG_TASKLOG_HPP
 #define TASKLOG_TASKLOG_HPP
 
+#if __cplusplus < 201709L
+#error "tasklog.hpp needs C++20 (-std=c++20); tasklog.h serves every C and C++"
+#endif
+
 #include <tasklog/tasklog.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <exception>
 #include <functional>
 #include <iterator>
@@ -89,7 +94,8 @@ class Entry {
   TLEntry handle_;
 };
 
-// Owns an iterator of the library and walks it once. `Item` is what it yields.
+// Owns an iterator of the library and walks it once. `Item` is what it yields. A walk that was left goes on
+// at the item where it was left. Iterators point to the range: it stays where it is while they are used.
 template <class Item, class Handle, auto next, auto destroy>
 class Range {
  public:
@@ -98,26 +104,26 @@ class Range {
     using value_type = Item;
     using difference_type = std::ptrdiff_t;
 
-    explicit Iterator(Handle handle) : handle_(handle) { ++*this; }
-    Item operator*() const { return Item(current_); }
+    explicit Iterator(const Range* range) : range_(range) {}
+    Item operator*() const { return Item(range_->current_); }
     Iterator& operator++() {
-      current_ = next(handle_);
+      range_->current_ = next(range_->handle_.get());
       return *this;
     }
     void operator++(int) { ++*this; }
-    bool operator==(std::default_sentinel_t) const { return current_ == nullptr; }
+    bool operator==(std::default_sentinel_t) const { return range_->current_ == nullptr; }
 
    private:
-    Handle handle_;
-    std::invoke_result_t<decltype(next), Handle> current_ = nullptr;
+    const Range* range_;
   };
 
   // Takes the iterator over; a null one means that memory ran out.
   explicit Range(Handle handle) : handle_(handle) {
     if (!handle) throw std::bad_alloc();
+    current_ = next(handle);
   }
 
-  Iterator begin() const { return Iterator(handle_.get()); }
+  Iterator begin() const { return Iterator(this); }
   std::default_sentinel_t end() const { return {}; }
 
  private:
@@ -125,6 +131,7 @@ class Range {
     void operator()(Handle handle) const { destroy(handle); }
   };
   std::unique_ptr<std::remove_pointer_t<Handle>, Destroy> handle_;
+  mutable std::invoke_result_t<decltype(next), Handle> current_ = nullptr;  // moved on by iterators
 };
 
 using CategoryRange = Range<Category, TLCategoryIterator, TLCategoryIteratorNext, TLCategoryIteratorDestroy>;

@@ -1,112 +1,72 @@
-// Collects the records of a file and brings them into the order of time.
+// Makes entries of records that arrive in the order of time, and of the file among equal times.
 #include "file/entrymap.h"
-
-#include <algorithm>
-#include <bit>
-#include <utility>
-
-namespace {
-
-constexpr std::size_t fewestItems = 4096;  // gathered at once: few enough to stay in a cache
-constexpr int digitBits = 11;
-
-}  // namespace
 
 void _STLTaskLog::EntryMap::BeginSection(STLTask* task) {
   if (task && idMarks_.size() <= task->index) idMarks_.resize(task->index + 1);
-  task_ = task;
-  inRun_ = false;
+  sorter_.BeginSection(task);
 }
 
 void _STLTaskLog::EntryMap::Add(const Record& record) {
-  if (records_.SpareSize() == 0) {
-    records_.Spare(1024);
-    log_.entries.Spare(records_.size() + records_.SpareSize());  // each record makes one entry at most
-  }
-  if (!inRun_ || record.timestamp < records_.back().timestamp) BeginRun();
-  *records_.end() = record;
-  records_.Extend(1);
-  runs_.back().end = records_.size();
+  // Each record makes one entry at most.
+  if (sorter_.RoomLeft() == 0) log_.entries.Spare(sorter_.MakeRoom());
+  sorter_.Add(record);
 }
 
-// Where there are many runs, each of which is looked at whenever records are gathered, more are gathered.
-void _STLTaskLog::EntryMap::BeginRun() {
-  const std::size_t needed = 2 * std::max(fewestItems, std::bit_ceil(runs_.size() + 1));
-  if (items_.size() < needed) items_.resize(needed);
-  runs_.push_back({task_, records_.size(), records_.size(), records_.size()});
-  inRun_ = true;
-}
-
-// Takes a stretch of time after the other, as long as its records fit.
-std::size_t _STLTaskLog::EntryMap::Pair() {
+NewRun _STLTaskLog::EntryMap::Pair() {
   first_ = last_ = log_.entries.end();
-  u64 width = u64{1} << 20;  // ticks
-  for (u64 begin; DropFinishedRuns(begin);) {
-    if (width == 1) {
-      PairOneTime(begin);
-    } else if (Gather(begin, width)) {
-      SortGathered(begin, width);
-      PairGathered();
-    } else {
-      width /= 4;
-      continue;
-    }
-    if (itemCount_ < items_.size() / 8 && width < u64{1} << 62) width *= 2;
-  }
+  sorter_.ForEachByTime(
+      [this](const Record& record, STLTask* task, std::size_t number) { PairRecord(record, task, number); });
   SetTaskIds();
-  return static_cast<std::size_t>(last_ - first_);
+  return {first_, last_};
 }
 
-// False when all records are paired; otherwise gives the time of the first that is not.
-bool _STLTaskLog::EntryMap::DropFinishedRuns(u64& earliest) {
-  std::erase_if(runs_, [](const Run& run) { return run.begin == run.end; });
-  earliest = UINT64_MAX;
-  for (const Run& run : runs_) earliest = std::min(earliest, records_[run.begin].timestamp);
-  return !runs_.empty();
-}
-
-// Gathers the records of a stretch of time, section by section; false when they do not fit.
-bool _STLTaskLog::EntryMap::Gather(u64 begin, u64 width) {
-  const std::size_t capacity = items_.size() / 2;
-  itemCount_ = 0;
-  for (Run& run : runs_) {
-    std::size_t i = run.begin;
-    for (; i < run.end && records_[i].timestamp - begin < width; ++i) {
-      if (itemCount_ == capacity) return false;
-      items_[itemCount_++] = {records_[i].timestamp, &records_[i], run.task};
-    }
-    run.gathered = i;
+void _STLTaskLog::EntryMap::PairRecord(const Record& record, STLTask* task, std::size_t number) {
+  BeginTime(record.timestamp);
+  if (record.koType == koTestpoint || record.koType == koTimingIssue) {
+    const ETLLogType type = record.koType == koTestpoint ? TLLogTestpoint : TLLogTimingIssue;
+    Insert(type, record.timestamp, log_.categories[record.value]);
+    return;
   }
-  return true;
+  const _STLEntry* entry = PairTaskRecord(record, task);
+  if (record.value == 0 || !entry->slots[0]) return;
+  // The id is that of the task in slot 0, which need not be the section's; the last in the file counts.
+  IdMark& mark = idMarks_[entry->slots[0]->index];
+  if (mark.after <= number) mark = {number + 1, record.value};
 }
 
-// A radix sort, which keeps the order of the file among equal times.
-void _STLTaskLog::EntryMap::SortGathered(u64 begin, u64 width) {
-  constexpr u64 digitMask = (u64{1} << digitBits) - 1;
-  const int bits = static_cast<int>(std::bit_width(width - 1));
-  Item* from = items_.data();
-  Item* to = from + items_.size() / 2;
-  for (int shift = 0; shift < bits; shift += digitBits) {
-    u32 places[digitMask + 1] = {};
-    const auto digit = [=](const Item& item) { return (item.timestamp - begin) >> shift & digitMask; };
-    for (std::size_t i = 0; i < itemCount_; ++i) ++places[digit(from[i])];
-    u32 place = 0;
-    for (u32& next : places) next = std::exchange(place, place + next);
-    for (std::size_t i = 0; i < itemCount_; ++i) to[places[digit(from[i])]++] = from[i];
-    std::swap(from, to);
-  }
-  if (from != items_.data()) std::copy_n(from, itemCount_, items_.data());
+// A record tells which slot of its entry the task holds. That of the task in slot 1 knows the type of the
+// switch; type 4 stands until it is known.
+_STLEntry* _STLTaskLog::EntryMap::PairTaskRecord(const Record& record, STLTask* task) {
+  if (record.koType == koTaskEvent) return Insert(TLLogTaskEvent, record.timestamp, task);
+  const bool switchedIn = record.koType <= koSwitchedIn;
+  _STLEntry* entry = FindOrCreateEntryWithEmptyTask(record.timestamp, switchedIn ? 0 : 1);
+  entry->slots[switchedIn ? 0 : 1] = task;
+  if (record.koType == koSwitchedIn3 && entry->type == TLLogSwitch4) entry->type = TLLogSwitch3;
+  if (record.koType == koSwitchedOut1) entry->type = TLLogSwitch1;
+  if (record.koType == koSwitchedOut0) entry->type = TLLogSwitch0;
+  if (record.koType == koSwitchedOut5) entry->type = TLLogSwitch5;
+  return entry;
 }
 
-void _STLTaskLog::EntryMap::PairGathered() {
-  for (std::size_t i = 0; i < itemCount_; ++i) PairRecord(*items_[i].record, items_[i].task);
-  for (Run& run : runs_) run.begin = run.gathered;
+// The first entry of the time whose slot is empty. Slots only ever fill, so the search goes on where it ended
+// the last time.
+_STLEntry* _STLTaskLog::EntryMap::FindOrCreateEntryWithEmptyTask(u64 timestamp, u32 slot) {
+  _STLEntry*& candidate = firstEmpty_[slot];
+  while (candidate != last_ && candidate->slots[slot]) ++candidate;
+  return candidate != last_ ? candidate : Insert(TLLogSwitch4, timestamp, nullptr);
 }
 
-// For more records of one time than can be gathered: they need no sorting.
-void _STLTaskLog::EntryMap::PairOneTime(u64 timestamp) {
-  itemCount_ = 0;
-  for (Run& run : runs_)
-    for (; run.begin < run.end && records_[run.begin].timestamp == timestamp; ++run.begin, ++itemCount_)
-      PairRecord(records_[run.begin], run.task);
+_STLEntry* _STLTaskLog::EntryMap::Insert(ETLLogType type, u64 timestamp, _STLCategory* subject) {
+  *last_ = _STLEntry(type, timestamp);
+  last_->slots[0] = subject;
+  return last_++;
+}
+
+void _STLTaskLog::EntryMap::BeginTime(u64 timestamp) {
+  if (last_ == first_ || last_[-1].timestamp != timestamp) firstEmpty_[0] = firstEmpty_[1] = last_;
+}
+
+void _STLTaskLog::EntryMap::SetTaskIds() {
+  for (std::size_t i = 0; i < idMarks_.size(); ++i)
+    if (idMarks_[i].after > 0) static_cast<STLTask*>(log_.categories[i])->id = idMarks_[i].id;
 }

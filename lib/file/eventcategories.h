@@ -25,7 +25,7 @@ class EventCategories {
   }
 
  private:
-  static constexpr std::size_t recentCount = 256;
+  static constexpr std::size_t recentCount = thresholds::remembered;
 
   _STLTaskLog& log_;
   _STLCategory* recent_[recentCount] = {};

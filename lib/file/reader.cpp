@@ -18,7 +18,7 @@ Integer ReadLE(Source& source) {
 }
 
 // Valid until the next read. `certain` tells how many bytes follow the string in a file that is whole.
-std::string_view ReadString(Source& source, std::size_t certain) {
+std::string_view ReadString(Source& source, u64 certain) {
   constexpr std::size_t longest = 256;
   const u32 size = ReadLE<u32>(source);
   if (size > longest) throw u32{TLErrFileInvalid};
@@ -44,7 +44,7 @@ struct Record {
 
 // `following` tells how many records follow this one in its section.
 Record ReadRecord(Source& source, u32 version, u32 following) {
-  const std::size_t certain = recordSize * following;
+  const u64 certain = u64{recordSize} * following;
   const u8* bytes = source.Take(recordSize, recordSize + certain);
   Record record{bytes[0], LoadLE<u32>(bytes + 4), LoadLE<u64>(bytes + 8), {}};  // bytes 1 to 3 are free
   if ((record.koType == koTestpoint && version > versionBeforeStampNames) ||
@@ -59,6 +59,22 @@ bool IsPrologOrEpilog(const Record& record, u32 index, u32 count, const _STLTask
     return record.timestamp == log.startTime && record.koType >= koSwitchedOut1 &&
            record.koType <= koSwitchedOut5;
   return index == count - 1 && record.timestamp == log.stopTime;
+}
+
+// Reads a header and the sections that it calls for.
+void ReadSections(Source& source, _STLTaskLog& log, _STLTaskLog::EntryMap& map) {
+  const u32 version = ReadVersion(source);
+  log.startTime = ReadLE<u64>(source);
+  log.stopTime = ReadLE<u64>(source);
+  const u32 tickRate = ReadLE<u32>(source);
+  const u32 divisor = ReadLE<u32>(source);
+  if (divisor == 0) throw u32{TLErrFileInvalid};
+  log.ticksPerSecond = tickRate / divisor;
+
+  const u32 taskCount = ReadLE<u32>(source);
+  for (u32 i = 0; i < taskCount; ++i) log.ReadTask(source, map, TLCatTask, version);
+  if (version > versionBeforeStamps) log.ReadTask(source, map, TLCatTestpoint, version);
+  if (version > versionBeforeEvents) log.ReadTask(source, map, TLCatTimingIssue, version);
 }
 
 }  // namespace
@@ -84,36 +100,21 @@ void _STLTaskLog::ReadTask(Source& source, EntryMap& map, ETLCatType kind, u32 v
   }
 }
 
-void _STLTaskLog::ReadSections(Source& source, EntryMap& map) {
-  const u32 version = ReadVersion(source);
-  startTime = ReadLE<u64>(source);
-  stopTime = ReadLE<u64>(source);
-  const u32 tickRate = ReadLE<u32>(source);
-  const u32 divisor = ReadLE<u32>(source);
-  if (divisor == 0) throw u32{TLErrFileInvalid};
-  ticksPerSecond = tickRate / divisor;
-
-  const u32 taskCount = ReadLE<u32>(source);
-  for (u32 i = 0; i < taskCount; ++i) ReadTask(source, map, TLCatTask, version);
-  if (version > versionBeforeStamps) ReadTask(source, map, TLCatTestpoint, version);
-  if (version > versionBeforeEvents) ReadTask(source, map, TLCatTimingIssue, version);
-}
-
 // What is read before a failure stays: times, categories, task ids. The entries change only at the end.
 u32 _STLTaskLog::AppendFromFile(const char* path) {
-  const Stream stream(path, "rb");  // closed on every path out
+  const Stream stream(path, "rbe");  // closed on every path out
   if (!stream.IsOpen()) return TLErrFileOpen;
   EntryMap map(*this);
   u32 status = TL_OK;
   try {
     Source source(stream.File());
-    ReadSections(source, map);
+    ReadSections(source, *this, map);
   } catch (u32 failure) {
     status = failure;
   } catch (const std::bad_alloc&) {
     status = TLErrOutOfMemory;
   }
-  const std::size_t count = map.Pair();
-  if (status == TL_OK) TakeNewEntries(0, count);
+  const NewRun entriesOfFile = map.Pair();
+  if (status == TL_OK) TakeNewEntries({}, entriesOfFile);
   return status;
 }

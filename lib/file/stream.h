@@ -4,16 +4,17 @@
 #include <tasklog/tasklog.h>
 
 #include <algorithm>
+#include <bit>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
-#include <utility>
 
-#include "model/free.h"
+#include "model/block.h"
 #include "model/types.h"
 
-// Owns an open stream with a buffer large enough that the calls into the system do not count.
+// Owns an open stream with a buffer large enough that the calls into the system do not count. Modes end in
+// "e": a program that the host starts meanwhile does not inherit the file.
 class Stream {
  public:
   Stream(const char* path, const char* mode)
@@ -42,7 +43,7 @@ class Source {
 
   // The next `size` bytes, at most `capacity`, valid until the next call. `certain` (at least `size`) tells
   // how many follow in a file that is whole.
-  const u8* Take(std::size_t size, std::size_t certain) {
+  const u8* Take(std::size_t size, u64 certain) {
     if (static_cast<std::size_t>(end_ - next_) < size) Refill(size, certain);
     const u8* taken = next_;
     next_ += size;
@@ -53,11 +54,11 @@ class Source {
   static constexpr std::size_t capacity = 4096;
 
  private:
-  void Refill(std::size_t size, std::size_t certain) {
+  void Refill(std::size_t size, u64 certain) {
     const u8* end = std::copy(next_, end_, buffer_);
     next_ = buffer_;
     const auto held = static_cast<std::size_t>(end - buffer_);
-    const std::size_t wanted = std::min(capacity, certain) - held;
+    const std::size_t wanted = static_cast<std::size_t>(std::min<u64>(capacity, certain)) - held;
     end_ = end + fread_unlocked(buffer_ + held, 1, wanted, file_);
     if (static_cast<std::size_t>(end_ - next_) < size)
       throw u32{std::ferror(file_) ? TLErrFileRead : TLErrFileInvalid};
@@ -96,19 +97,26 @@ class Sink {
   std::size_t used_ = 0;
 };
 
-// Little-endian integers in bytes. Written without a loop, so that compilers make one instruction of them.
+// An integer between the order of bytes of this machine and that of a file, which is little-endian.
+template <class Integer>
+Integer SwapToLE(Integer value) {
+  if constexpr (std::endian::native == std::endian::big) {
+    if constexpr (sizeof value == 8) return __builtin_bswap64(value);
+    if constexpr (sizeof value == 4) return __builtin_bswap32(value);
+    if constexpr (sizeof value == 2) return __builtin_bswap16(value);
+  }
+  return value;
+}
+
 template <class Integer>
 void StoreLE(u8* bytes, Integer value) {
-  [=]<std::size_t... i>(std::index_sequence<i...>) {
-    ((bytes[i] = static_cast<u8>(u64{value} >> 8 * i)), ...);
-  }
-  (std::make_index_sequence<sizeof value>());
+  value = SwapToLE(value);
+  std::memcpy(bytes, &value, sizeof value);
 }
 
 template <class Integer>
 Integer LoadLE(const u8* bytes) {
-  return [=]<std::size_t... i>(std::index_sequence<i...>) {
-    return static_cast<Integer>(((u64{bytes[i]} << 8 * i) | ...));
-  }
-  (std::make_index_sequence<sizeof(Integer)>());
+  Integer value;
+  std::memcpy(&value, bytes, sizeof value);
+  return SwapToLE(value);
 }

@@ -77,7 +77,8 @@ void CTaskWriter::WriteEntry(const _STLEntry* entry, const _STLCategory* task) {
   lastKoType_ = loggerKoTypes[2 * entry->type + (task && task == subject ? 1 : 0)];
   if (recordsWritten_ == 0 && entry->timestamp != startTime_) WriteProlog();
   WriteRecord(lastKoType_, subject ? subject->GetId() : 0, entry->timestamp);
-  if (entry->type == TLLogTestpoint || entry->type == TLLogTimingIssue) WriteString(sink_, subject->name);
+  if (entry->type == TLLogTestpoint || entry->type == TLLogTimingIssue)
+    WriteString(sink_, subject ? subject->name : std::string());
 }
 
 // States what the task did from its last record to the stop time.
@@ -139,7 +140,7 @@ void WriteSections(std::FILE* file, const _STLTaskLog& log) {
   if (log.entries.size() <= UINT32_MAX)
     WriteTaskSections<u32>(file, log);
   else
-    WriteTaskSections<u64>(file, log);
+    WriteTaskSections<std::size_t>(file, log);
   WriteEventSection(file, log, "Stamps", TL_LOGS_TESTPOINTS);
   WriteEventSection(file, log, "Events", TL_LOGS_TIMING_ISSUES);
 }
@@ -147,7 +148,7 @@ void WriteSections(std::FILE* file, const _STLTaskLog& log) {
 }  // namespace
 
 u32 _STLTaskLog::SaveAsFile(const char* path) const try {
-  const Stream stream(path, "wb");  // closed on every path out
+  const Stream stream(path, "wbe");  // closed on every path out
   if (!stream.IsOpen()) return TLErrFileOpen;
   WriteHeader(stream.File(), *this);
   WriteSections(stream.File(), *this);

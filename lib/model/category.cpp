@@ -1,4 +1,4 @@
-// The kinds of category.
+// The kinds of category, and the iterators over them.
 #include "model/model.h"
 
 _STLCategory::~_STLCategory() = default;
@@ -27,3 +27,24 @@ u32 STLTimingIssue::GetId() const {
   for (std::size_t i = 0; i < 4; ++i) id = id << 8 | (i < name.size() ? static_cast<u8>(name[i]) : 0u);
   return id;
 }
+
+_STLCategoryIterator::~_STLCategoryIterator() = default;
+
+namespace {
+
+const _STLCategory* CategoryAt(STLCategoryIteratorVec::Position position) { return *position; }
+const _STLCategory* CategoryAt(STLCategoryIteratorMap::Position position) { return position->second; }
+
+}  // namespace
+
+template <class Position>
+const _STLCategory* CategoryWalk<Position>::Next() {
+  while (current_ != end_) {
+    const _STLCategory* category = CategoryAt(current_++);
+    if (matches_(*category)) return category;
+  }
+  return nullptr;
+}
+
+template class CategoryWalk<STLCategoryIteratorVec::Position>;
+template class CategoryWalk<STLCategoryIteratorMap::Position>;

@@ -18,8 +18,8 @@ struct Stretch {
 // Merges a run of new entries into the `held` entries at `data`, behind which there is room for it. Works
 // from the back, and so touches nothing before the run's first place. Returns the stretch that holds the run.
 template <class GoesBehind>
-Stretch MergeRun(_STLEntry* data, std::size_t held, const _STLEntry* run, std::size_t count,
-                 GoesBehind goesBehind) {
+Stretch MergeRun(_STLEntry* data, std::size_t held, NewRun run, GoesBehind goesBehind) {
+  std::size_t count = run.size();
   std::size_t to = held + count;
   Stretch stretch{to, 0};
   while (count > 0) {
@@ -38,38 +38,54 @@ Stretch MergeRun(_STLEntry* data, std::size_t held, const _STLEntry* run, std::s
 constexpr auto goesBehindEqual = [](u64 fresh, u64 held) { return fresh >= held; };
 constexpr auto goesBeforeEqual = [](u64 fresh, u64 held) { return fresh > held; };
 
-// Whether new entries at the start of the spare room are in their place there.
-bool AreInPlace(const EntryArray& entries, std::size_t beforeCount, std::size_t behindCount) {
-  const _STLEntry* fresh = entries.end();
-  const _STLEntry* behind = fresh + beforeCount;
-  if (beforeCount > 0 && behindCount > 0 && !goesBehindEqual(behind->timestamp, behind[-1].timestamp))
+// Whether new entries at the start of the spare room, those of `before` first, are in their place there.
+bool AreInPlace(const EntryArray& entries, NewRun before, NewRun behind) {
+  if (!before.empty() && !behind.empty() &&
+      !goesBehindEqual(behind.front().timestamp, before.back().timestamp))
     return false;
   if (entries.empty()) return true;
   const u64 last = entries.back().timestamp;
-  return beforeCount > 0 ? goesBeforeEqual(fresh->timestamp, last) : goesBehindEqual(fresh->timestamp, last);
+  return before.empty() ? goesBehindEqual(behind.front().timestamp, last)
+                        : goesBeforeEqual(before.front().timestamp, last);
+}
+
+// Merges both runs into the entries, behind which there is room for them. Returns the stretch that holds
+// both.
+Stretch MergeRuns(EntryArray& entries, NewRun before, NewRun behind) {
+  const std::size_t held = entries.size();
+  const Stretch last = MergeRun(entries.begin(), held, behind, goesBehindEqual);
+  const Stretch first = MergeRun(entries.begin(), held + behind.size(), before, goesBeforeEqual);
+  return {std::min(first.begin, last.begin), std::max(first.end, last.end + before.size())};
+}
+
+// Takes two runs, one behind the other, out of the way of a merge.
+void MoveAside(EntryArray& aside, NewRun& before, NewRun& behind) {
+  const std::size_t count = before.size() + behind.size();
+  _STLEntry* const copy = aside.Spare(count);
+  std::copy_n((before.empty() ? behind : before).data(), count, copy);
+  before = {copy, before.size()};
+  behind = {copy + before.size(), behind.size()};
 }
 
 }  // namespace
 
 // All memory is obtained before anything changes.
-void _STLTaskLog::TakeNewEntries(std::size_t beforeCount, std::size_t behindCount) {
-  const std::size_t count = beforeCount + behindCount;
-  if (count == 0) return;
+void _STLTaskLog::TakeNewEntries(NewRun before, NewRun behind) {
   const std::size_t held = entries.size();
-  Stretch changed{held, held + count};
+  const std::size_t count = before.size() + behind.size();
+  if (count == 0) return;
+  const bool inSpareRoom = (before.empty() ? behind : before).data() == entries.end();
+  const bool inPlace = inSpareRoom && AreInPlace(entries, before, behind);
   timeIndex_.Reserve(held + count);
-  _STLEntry* fresh = entries.end();
-  if (AreInPlace(entries, beforeCount, behindCount)) {
-    for (std::size_t i = 0; i < count; ++i) CountEntry(fresh[i]);
-  } else {
-    EntryArray copy;
-    const _STLEntry* aside = std::copy_n(fresh, count, copy.Spare(count)) - count;
-    for (std::size_t i = 0; i < count; ++i) CountEntry(aside[i]);
-    const Stretch behind = MergeRun(entries.begin(), held, aside + beforeCount, behindCount, goesBehindEqual);
-    const Stretch before = MergeRun(entries.begin(), held + behindCount, aside, beforeCount, goesBeforeEqual);
-    changed.begin = std::min(before.begin, behind.begin);
-    changed.end = std::max(before.end, behind.end + beforeCount);
-  }
+  EntryArray copy;
+  if (!inSpareRoom)
+    entries.Spare(count);
+  else if (!inPlace)
+    MoveAside(copy, before, behind);
+
+  for (const _STLEntry& entry : before) CountEntry(entry);
+  for (const _STLEntry& entry : behind) CountEntry(entry);
+  const Stretch changed = inPlace ? Stretch{held, held + count} : MergeRuns(entries, before, behind);
   entries.Extend(count);
   FillInOldTasks(changed.begin, changed.end);
   timeIndex_.Update(entries, changed.begin);
@@ -90,8 +106,9 @@ void _STLTaskLog::SetRunning(_STLEntry& entry, _STLCategory* running) {
   slot = running;
 }
 
-// The task running when the entry at `index` happened, for entries that were filled in before.
+// The task running when the entry at `index` happened, for entries before it that are filled in.
 _STLCategory* _STLTaskLog::RunningBefore(std::size_t index) const {
+  if (index == filledIn_) return runningAtEnd_;
   while (index-- > 0) {
     const _STLEntry& entry = entries[index];
     if (MaskHas(switches, entry.type)) return entry.slots[0];
@@ -103,6 +120,7 @@ _STLCategory* _STLTaskLog::RunningBefore(std::size_t index) const {
 // Behind the new entries the first switch leads back to what was filled in before.
 void _STLTaskLog::FillInOldTasks(std::size_t from, std::size_t to) {
   _STLCategory* running = RunningBefore(from);
+  filledIn_ = entries.size();
   for (std::size_t i = from; i < entries.size(); ++i) {
     _STLEntry& entry = entries[i];
     // A file may state the task that a switch ended, so only an empty slot is filled there.
@@ -111,4 +129,5 @@ void _STLTaskLog::FillInOldTasks(std::size_t from, std::size_t to) {
     running = entry.slots[0];
     if (i >= to) return;
   }
+  runningAtEnd_ = running;
 }

@@ -4,10 +4,14 @@
 
 #include <tasklog/tasklog.h>
 
+#include <array>
 #include <cstddef>
 #include <functional>
 #include <map>
+#include <span>
 #include <string>
+#include <string_view>
+#include <tuple>
 #include <vector>
 
 #include "model/entry.h"
@@ -69,16 +73,17 @@ struct _STLCategoryIterator {
   virtual const _STLCategory* Next() = 0;
 };
 
-// Walks categories in the order of their creation.
-class STLCategoryIteratorVec final : public _STLCategoryIterator {
+// Walks a stretch of a container of categories.
+template <class ContainerPosition>
+class CategoryWalk : public _STLCategoryIterator {
  public:
-  using Position = std::vector<_STLCategory*>::const_iterator;
+  using Position = ContainerPosition;
   struct Matches {
     u64 types;
     bool operator()(const _STLCategory& category) const { return MaskHas(types, category.GetType()); }
   };
 
-  STLCategoryIteratorVec(Position begin, Position end, Matches matches)
+  CategoryWalk(Position begin, Position end, Matches matches)
       : current_(begin), end_(end), matches_(matches) {}
   const _STLCategory* Next() override;
 
@@ -86,26 +91,33 @@ class STLCategoryIteratorVec final : public _STLCategoryIterator {
   Position current_;
   Position end_;
   Matches matches_;
+};
+
+// Walks categories in the order of their creation.
+class STLCategoryIteratorVec final : public CategoryWalk<std::vector<_STLCategory*>::const_iterator> {
+  using CategoryWalk::CategoryWalk;
 };
 
 // Walks the categories of one name.
-class STLCategoryIteratorMap final : public _STLCategoryIterator {
- public:
-  using Position = CategoryIndex::const_iterator;
-  struct Matches {
-    u64 types;
-    bool operator()(const _STLCategory& category) const { return MaskHas(types, category.GetType()); }
-  };
-
-  STLCategoryIteratorMap(Position begin, Position end, Matches matches)
-      : current_(begin), end_(end), matches_(matches) {}
-  const _STLCategory* Next() override;
-
- private:
-  Position current_;
-  Position end_;
-  Matches matches_;
+class STLCategoryIteratorMap final : public CategoryWalk<CategoryIndex::const_iterator> {
+  using CategoryWalk::CategoryWalk;
 };
+
+// What a category is known by within its log: of a task name, priority and time slice, of a testpoint name
+// and id, of a timing issue the name.
+struct CategoryKey {
+  explicit CategoryKey(const _STLCategory& category);
+  CategoryKey(std::string_view categoryName, ETLCatType kind, u32 first = 0, u32 second = 0)
+      : name(categoryName), properties{kind, first, second} {}
+  bool operator<(const CategoryKey& other) const {
+    return std::tie(name, properties) < std::tie(other.name, other.properties);
+  }
+
+  std::string_view name;  // the category's
+  std::array<u32, 3> properties;
+};
+
+using CategorySet = std::map<CategoryKey, _STLCategory*>;
 
 struct _STLEntryIterator {
  public:
@@ -140,7 +152,9 @@ struct _STLEntryIterator {
   Matches matches_;
 };
 
-class CrowdedTime;
+// New entries in the order of time.
+using NewRun = std::span<const _STLEntry>;
+
 class Source;
 
 struct _STLTaskLog {
@@ -166,10 +180,11 @@ struct _STLTaskLog {
                                 u64 to) const;  // owned by the caller
   u64 GetEntriesCount(const _STLCategory* category, u64 types, u64 from, u64 to) const;
 
-  // Merges new entries that were built at the start of the spare room of `entries`: first those that go
-  // before held entries of the same time, then those that go behind them, each in the order of time. Ends
-  // every append. Throws bad_alloc, with the entries as they were.
-  void TakeNewEntries(std::size_t beforeCount, std::size_t behindCount);
+  // Merges new entries, each run in the order of time: those that go before held entries of the same time,
+  // and those that go behind them. Runs that lie one behind the other at the start of the spare room of
+  // `entries` are not copied when that is their place. Ends every append. Throws bad_alloc, with the entries
+  // as they were.
+  void TakeNewEntries(NewRun before, NewRun behind);
   // Puts the task that was running into slot 1 of the entries, where those from `from` up to `to` are new.
   void FillInOldTasks(std::size_t from, std::size_t to);
 
@@ -180,9 +195,6 @@ struct _STLTaskLog {
   u32 FetchTestpoints(const std::string& target);
   // Adds a record of two words to the new entries, unless an equal entry is there; true for a marker record.
   bool AddEntry(const u32* record, bool forward, Acquisition& acquisition);
-  // Whether there is an entry, held or new, for a record of this type, time and id.
-  bool IsHeld(ETLLogType type, u64 time, u32 id, bool forward, Acquisition& acquisition) const;
-  [[gnu::cold]] bool IsInCrowd(ETLLogType type, u32 id, const CrowdedTime& crowd) const;
   // The category that a record of this type and id is about, fetched or made when the log has none.
   _STLCategory* FindOrFetchCategory(u32 id, ETLLogType type, Acquisition& acquisition);
 
@@ -205,17 +217,17 @@ struct _STLTaskLog {
     _STLEntryIterator::Position end;
   };
   EntryRange SelectTimeRange(u64 from, u64 to) const;
-  _STLCategory* MakeCategory(ETLCatType kind, u32 id);
   void CountEntry(const _STLEntry& entry);
   _STLCategory* RunningBefore(std::size_t index) const;
   void SetRunning(_STLEntry& entry, _STLCategory* running);
-  void WidenPeriod();
-  void ReadSections(Source& source, EntryMap& map);  // throws a u32 status
-  template <class Category, class Same>
-  Category* Find(const std::string& name, Same same) const;
-  template <class Category, class Same, class... Properties>
-  Category* FindOrCreate(const std::string& name, Same same, Properties... properties);
+  template <class Category>
+  Category* Find(const CategoryKey& key) const;
+  template <class Category, class... Properties>
+  Category* FindOrCreate(const CategoryKey& key, const std::string& name, Properties... properties);
 
-  EntryCounts entryCounts_;  // of all entries
-  TimeIndex timeIndex_;      // of all entries
+  CategorySet categoriesByKey_;
+  EntryCounts entryCounts_;               // of all entries
+  TimeIndex timeIndex_;                   // of all entries
+  std::size_t filledIn_ = 0;              // entries that have been given the task that was running
+  _STLCategory* runningAtEnd_ = nullptr;  // behind the last of them
 };

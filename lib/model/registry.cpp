@@ -1,7 +1,6 @@
-// Finds, makes and lists the categories of a log.
+// Finds, makes and lists the categories of a log, which owns them.
 #include <algorithm>
 #include <memory>
-#include <string_view>
 
 #include "model/model.h"
 
@@ -9,52 +8,59 @@ namespace {
 
 constexpr u64 allKinds = TL_CATS_ALL;
 
-bool IsTimingIssue(const _STLCategory& category) { return category.GetType() == TLCatTimingIssue; }
-
 }  // namespace
 
-// `same` tells whether a category of the name is the one wanted.
-template <class Category, class Same>
-Category* _STLTaskLog::Find(const std::string& name, Same same) const {
-  const auto [begin, end] = categoriesByName.equal_range(name);
-  const auto found = std::find_if(begin, end, [&](const auto& item) { return same(*item.second); });
-  return found != end ? static_cast<Category*>(found->second) : nullptr;
+CategoryKey::CategoryKey(const _STLCategory& category)
+    : CategoryKey(category.name, category.GetType(), category.GetPriority()) {
+  if (category.GetType() == TLCatTask) properties[2] = static_cast<u32>(category.GetTimeSlice());
+  if (category.GetType() == TLCatTestpoint) properties[1] = category.GetId();
 }
 
-// Memory is obtained before either container changes, so that both hold the same categories whatever fails.
-template <class Category, class Same, class... Properties>
-Category* _STLTaskLog::FindOrCreate(const std::string& name, Same same, Properties... properties) {
-  if (Category* known = Find<Category>(name, same)) return known;
+_STLTaskLog::~_STLTaskLog() {
+  for (_STLCategory* category : categories) delete category;
+}
+
+template <class Category>
+Category* _STLTaskLog::Find(const CategoryKey& key) const {
+  const auto found = categoriesByKey_.find(key);
+  return found != categoriesByKey_.end() ? static_cast<Category*>(found->second) : nullptr;
+}
+
+// All containers hold the same categories whatever fails.
+template <class Category, class... Properties>
+Category* _STLTaskLog::FindOrCreate(const CategoryKey& key, const std::string& name,
+                                    Properties... properties) {
+  if (Category* known = Find<Category>(key)) return known;
 
   auto created = std::make_unique<Category>(name, properties...);
   created->index = static_cast<u32>(categories.size());
   if (categories.size() == categories.capacity()) categories.reserve(2 * categories.size() + 8);
-  categoriesByName.emplace(name, created.get());
+  const auto named = categoriesByName.emplace(name, created.get());
+  try {
+    categoriesByKey_.emplace(*created, created.get());
+  } catch (...) {
+    categoriesByName.erase(named);
+    throw;
+  }
   categories.push_back(created.get());
   return created.release();
 }
 
 STLTask* _STLTaskLog::FindOrCreateTask(const std::string& name, u32 priority, i32 timeSlice) {
-  const auto same = [=](const _STLCategory& category) {
-    return category.GetType() == TLCatTask && category.GetPriority() == priority &&
-           category.GetTimeSlice() == timeSlice;
-  };
-  return FindOrCreate<STLTask>(name, same, priority, timeSlice);
+  const CategoryKey key(name, TLCatTask, priority, static_cast<u32>(timeSlice));
+  return FindOrCreate<STLTask>(key, name, priority, timeSlice);
 }
 
 STLTestpoint* _STLTaskLog::FindOrCreateTestpoint(const std::string& name, u32 id) {
-  const auto same = [=](const _STLCategory& category) {
-    return category.GetType() == TLCatTestpoint && category.GetId() == id;
-  };
-  return FindOrCreate<STLTestpoint>(name, same, id);
+  return FindOrCreate<STLTestpoint>(CategoryKey(name, TLCatTestpoint, id), name, id);
 }
 
 STLTimingIssue* _STLTaskLog::FindTimingIssue(const std::string& name) const {
-  return Find<STLTimingIssue>(name, IsTimingIssue);
+  return Find<STLTimingIssue>(CategoryKey(name, TLCatTimingIssue));
 }
 
 STLTimingIssue* _STLTaskLog::FindOrCreateTimingIssue(const std::string& name) {
-  return FindOrCreate<STLTimingIssue>(name, IsTimingIssue);
+  return FindOrCreate<STLTimingIssue>(CategoryKey(name, TLCatTimingIssue), name);
 }
 
 _STLCategoryIterator* _STLTaskLog::GetCategories(u64 types, const char* name) const {

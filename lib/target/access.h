@@ -39,6 +39,6 @@ inline constexpr uint32_t noSuchProcedure = 0x50401;
 
 // Items of DbgTaskGetData.
 inline constexpr uint32_t taskDataTimeSlice = 0x80000002;  // signed 32-bit
-inline constexpr uint32_t taskDataPriority = 1;            // in the byte at offset 2
+inline constexpr uint32_t taskDataPriority = 1;            // in bits 16 to 23 of a 32-bit word
 // Stands in the first word behind a portion of the task list when more is to come.
 inline constexpr uint32_t taskListContinues = 0xFC847810;

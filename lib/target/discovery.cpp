@@ -1,18 +1,18 @@
 // Turns the id of a record into a category: one that the log has, one that the controller knows, or one named
 // after the id.
-#include "target/discovery.h"
-
 #include <algorithm>
 #include <cctype>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <new>
+#include <utility>
+#include <vector>
 
-#include "model/free.h"
+#include "model/block.h"
 #include "target/access.h"
 #include "target/acquisition.h"
-#include "target/number.h"
+#include "target/target.h"
 
 namespace {
 
@@ -37,52 +37,66 @@ ETLCatType KindOf(ETLLogType type) {
   return type == TLLogTestpoint ? TLCatTestpoint : TLCatTask;
 }
 
-// The task list of a controller: a header word, then identifiers. Its memory is zeroed by the system, page by
-// page as it is used, so that a size that makes no sense costs nothing.
-class TaskList {
- public:
-  // Returns the status of the first transfer that failed.
-  u32 Fetch(const char* target);
-  const u32* begin() const { return words_.get() + std::min<std::size_t>(1, end_); }
-  const u32* end() const { return words_.get() + end_; }
-
- private:
-  static constexpr std::size_t portionWords = 120;
-
-  u32 FetchPortions(const char* target, u32 sizeBytes);
-
-  std::unique_ptr<u32[], Free> words_;
-  std::size_t end_ = 0;  // words that the transfer filled
-};
-
-u32 TaskList::Fetch(const char* target) {
-  u32 sizeBytes = 0;
-  if (const u32 status = DbgTasksList(target, &sizeBytes, 0)) return status;
-  // Rounded up: the fill calls are told the size as it was reported. One word at least, never null.
-  const std::size_t wordCount = sizeBytes / 4 + std::size_t{1};
-  words_.reset(static_cast<u32*>(std::calloc(wordCount, sizeof(u32))));
-  if (!words_) throw std::bad_alloc();
-  return FetchPortions(target, sizeBytes);
+// Stands for a word of a task list that the target leaves out: it differs from place to place, so that no
+// list repeats it by accident, and is never the word that continues a list. Marking takes memory, so it stops
+// where no list is expected to reach; behind, what is left out is zero, in memory that the system hands out
+// as it is used. So a size that makes no sense costs little.
+constexpr std::size_t markedWords = std::size_t{1} << 20;
+u32 LeftOut(std::size_t place) {
+  if (place >= markedWords) return 0;
+  return 0xA5000000 | static_cast<u32>(place) * 0x9E3779B1 >> 8;
 }
 
-// The target delivers as much as it likes of what it is asked for, and marks with a reserved word that there
-// is more behind a portion. That word also marks, put there before, what a portion leaves out; behind the
-// last portion, where a target may have delivered all at once, what is left out is still zero.
-u32 TaskList::FetchPortions(const char* target, u32 sizeBytes) {
-  const std::size_t listWords = sizeBytes / 4;
+// Gives the identifiers that the target lists: a header word, then one for each task. The target delivers as
+// much as it likes of what it is asked for, and marks with a reserved word that there is more behind a
+// portion; behind the last one it may have delivered the rest at once. Returns the status of a transfer that
+// failed.
+u32 FetchTaskIds(const char* target, std::vector<u32>& ids) {
+  constexpr std::size_t portionWords = 120;
+  u32 remaining = 0;  // bytes
+  if (const u32 status = DbgTasksList(target, &remaining, 0)) return status;
+  const std::size_t count = remaining / 4;
+  // The transfers are told the size as it was reported, which need not be one of whole words. Never null.
+  const std::unique_ptr<u32[], Free> words(static_cast<u32*>(std::calloc(count + 1, sizeof(u32))));
+  if (!words) throw std::bad_alloc();
+  for (std::size_t i = 0; i < std::min(count, markedWords); ++i) words[i] = LeftOut(i);
+
   std::size_t next = 0;
-  u32 remaining = sizeBytes;
   do {
-    const std::size_t portion = next == 0 ? portionWords + 1 : portionWords;
-    std::fill_n(words_.get() + next, std::min(portion, listWords - next), taskListContinues);
-    if (const u32 status = DbgTasksList(target, words_.get() + next, remaining)) return status;
+    if (const u32 status = DbgTasksList(target, words.get() + next, remaining)) return status;
+    const std::size_t portion = next == 0 ? 1 + portionWords : portionWords;
     next += portion;
     remaining -= static_cast<u32>(4 * portion);
-  } while (static_cast<i32>(remaining) > 0 && words_[next] == taskListContinues);
+  } while (static_cast<i32>(remaining) > 0 && words[next] == taskListContinues);
 
-  end_ = listWords;
-  while (end_ > 1 && words_[end_ - 1] == (end_ > next ? 0 : taskListContinues)) --end_;
+  for (std::size_t i = 1; i < count; ++i)
+    if (words[i] != LeftOut(i)) ids.push_back(words[i]);
   return TL_OK;
+}
+
+// The following make the category of an id that neither the log nor the target knows.
+
+// A code that is not printable is not the id of its category; later records find it under both.
+_STLCategory* NameTimingIssue(_STLTaskLog& log, u32 code, _STLTaskLog::Acquisition& acquisition) {
+  STLTimingIssue* issue = log.FindOrCreateTimingIssue(TimingIssueName(code));
+  acquisition.ids.Add(issue->GetId(), issue);
+  acquisition.ids.Add(code, issue);
+  return issue;
+}
+
+_STLCategory* PutUnknownTestpoint(_STLTaskLog& log, u32 id, _STLTaskLog::Acquisition& acquisition) {
+  STLTestpoint* testpoint = log.FindOrCreateTestpoint(PlaceholderName(id), id);
+  acquisition.ids.Add(id, testpoint);
+  return testpoint;
+}
+
+// There may be a task of that name, known by another id until now.
+_STLCategory* PutUnknownTask(_STLTaskLog& log, u32 id, _STLTaskLog::Acquisition& acquisition) {
+  STLTask* task = log.FindOrCreateTask(PlaceholderName(id), unknownPriority, unknownTimeSlice);
+  const u32 former = std::exchange(task->id, id);
+  acquisition.ids.Add(id, task);
+  acquisition.known.ChangeTaskId(*task, former);
+  return task;
 }
 
 }  // namespace
@@ -98,9 +112,9 @@ std::string TimingIssueName(u32 code) {
 }
 
 u32 _STLTaskLog::FetchTasks(const std::string& target) {
-  TaskList list;
-  if (const u32 status = list.Fetch(target.c_str())) return status;
-  for (const u32 id : list) {
+  std::vector<u32> ids;
+  if (const u32 status = FetchTaskIds(target.c_str(), ids)) return status;
+  for (const u32 id : ids) {
     NameBuffer name = {};
     i32 timeSlice = 0;
     u32 priorityWord = 0;
@@ -130,34 +144,21 @@ u32 _STLTaskLog::FetchTestpoints(const std::string& target) {
 }
 
 _STLCategory* _STLTaskLog::FindOrFetchCategory(u32 id, ETLLogType type, Acquisition& acquisition) {
-  IdIndex& ids = acquisition.ids;
-  if (!ids.IsBuilt()) ids.Build(categories);
+  if (!acquisition.ids.IsBuilt()) acquisition.ids.Build(categories);
   const ETLCatType kind = KindOf(type);
-  if (_STLCategory* known = ids.Find(kind, id)) return known;
+  if (_STLCategory* known = acquisition.ids.Find(kind, id)) return known;
 
+  if (kind == TLCatTimingIssue) return NameTimingIssue(*this, id, acquisition);
   bool& fetched = kind == TLCatTask ? acquisition.tasksFetched : acquisition.testpointsFetched;
-  if (kind != TLCatTimingIssue && !fetched) {
+  if (!fetched) {
     const u32 status =
         kind == TLCatTask ? FetchTasks(acquisition.target) : FetchTestpoints(acquisition.target);
     if (status != TL_OK) acquisition.fetchError = status;
     fetched = true;
-    acquisition.UpdateIds(categories);
-    if (_STLCategory* known = ids.Find(kind, id)) return known;
+    acquisition.ids.Build(categories);
+    acquisition.known.ForgetIds();
+    if (_STLCategory* known = acquisition.ids.Find(kind, id)) return known;
   }
-  const std::size_t known = categories.size();
-  _STLCategory* made = MakeCategory(kind, id);
-  // A task of the placeholder's name was there, under an id that may now lead to another task or to none.
-  if (kind == TLCatTask && categories.size() == known) acquisition.UpdateIds(categories);
-  ids.Add(made->GetId(), made);
-  ids.Add(id, made);  // a timing issue's code that is not printable is not the id of its category
-  return made;
-}
-
-// For an id that neither the log nor the target knows.
-_STLCategory* _STLTaskLog::MakeCategory(ETLCatType kind, u32 id) {
-  if (kind == TLCatTimingIssue) return FindOrCreateTimingIssue(TimingIssueName(id));
-  if (kind == TLCatTestpoint) return FindOrCreateTestpoint(PlaceholderName(id), id);
-  STLTask* task = FindOrCreateTask(PlaceholderName(id), unknownPriority, unknownTimeSlice);
-  task->id = id;
-  return task;
+  return kind == TLCatTask ? PutUnknownTask(*this, id, acquisition)
+                           : PutUnknownTestpoint(*this, id, acquisition);
 }

@@ -1,46 +1,76 @@
-// A hash table with open addressing.
+// A hash table with open addressing, and a tree for what does not fit.
 #include "target/idindex.h"
 
 #include <bit>
 #include <utility>
 
-namespace {
-
-u64 KeyOf(ETLCatType kind, u32 id) { return u64{kind} << 32 | id; }
-
-}  // namespace
-
 void IdIndex::Build(const std::vector<_STLCategory*>& categories) {
   places_.assign(std::bit_ceil(2 * categories.size() + 16), Place{});
   taken_ = 0;
-  for (_STLCategory* category : categories) Add(category->GetId(), category);
+  crowded_.clear();
+  following_.assign(categories.size(), nullptr);
+  for (std::size_t i = categories.size(); i-- > 0;) {
+    _STLCategory*& first = PlaceFor(KeyOf(categories[i]->GetType(), categories[i]->GetId()));
+    following_[i] = std::exchange(first, categories[i]);
+  }
 }
 
-// Where a key is, or the free place where it would be.
-std::size_t IdIndex::PlaceOf(u64 key) const {
-  const std::size_t mask = places_.size() - 1;
-  // Ids are often addresses: the multiplication carries all their bits into the upper ones.
-  std::size_t place = (key * 0x9E3779B97F4A7C15u >> 32) & mask;
-  while (places_[place].category && places_[place].key != key) place = (place + 1) & mask;
-  return place;
+// The place that has a key or, free, may take it; null when all places near its own are taken.
+IdIndex::Place* IdIndex::Probe(u64 key) {
+  std::size_t at = PlaceOf(key);
+  for (std::size_t i = 0; i < thresholds::probes; ++i, at = (at + 1) & (places_.size() - 1))
+    if (places_[at].key == key || places_[at].key == freeKey) return &places_[at];
+  return nullptr;
 }
 
-_STLCategory* IdIndex::Find(ETLCatType kind, u32 id) const {
-  return places_[PlaceOf(KeyOf(kind, id))].category;
+_STLCategory*& IdIndex::PlaceFor(u64 key) {
+  if (2 * (taken_ + 1) > places_.size()) Grow();
+  Place* place = Probe(key);
+  if (!place) return crowded_[key];
+  if (place->key == freeKey) {
+    place->key = key;
+    ++taken_;
+  }
+  return place->category;
+}
+
+// Leads a place from tasks that have left its id on to the one that has it.
+_STLCategory* IdIndex::Search(ETLCatType kind, u32 id) {
+  const u64 key = KeyOf(kind, id);
+  _STLCategory** first = nullptr;
+  if (Place* place = Probe(key)) {
+    if (place->key == key) first = &place->category;
+  } else if (const auto found = crowded_.find(key); found != crowded_.end()) {
+    first = &found->second;
+  }
+  if (!first) return nullptr;
+  while (*first && HasLeft(kind, **first, id))
+    *first = (*first)->index < following_.size() ? following_[(*first)->index] : nullptr;
+  return *first;
 }
 
 void IdIndex::Add(u32 id, _STLCategory* category) {
-  if (2 * (taken_ + 1) > places_.size()) Grow();
-  const u64 key = KeyOf(category->GetType(), id);
-  Place& place = places_[PlaceOf(key)];
-  if (place.category) return;
-  place = {key, category};
-  ++taken_;
+  _STLCategory*& place = PlaceFor(KeyOf(category->GetType(), id));
+  if (!place) place = category;
 }
 
+// All keys find their places anew, for a key is looked for in the tree only where its places are taken.
 void IdIndex::Grow() {
-  std::vector<Place> smaller(2 * places_.size());
-  std::swap(smaller, places_);
-  for (const Place& place : smaller)
-    if (place.category) places_[PlaceOf(place.key)] = place;
+  std::vector<Place> places(2 * places_.size());
+  std::map<u64, _STLCategory*> crowded;
+  std::swap(places, places_);
+  std::swap(crowded, crowded_);
+  taken_ = 0;
+  for (const auto& [key, category] : crowded) Put(key, category);
+  for (const Place& place : places)
+    if (place.key != freeKey) Put(place.key, place.category);
+}
+
+void IdIndex::Put(u64 key, _STLCategory* category) {
+  if (Place* place = Probe(key)) {
+    *place = {key, category};
+    ++taken_;
+  } else {
+    crowded_[key] = category;
+  }
 }

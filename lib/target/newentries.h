@@ -4,17 +4,19 @@
 #include <algorithm>
 #include <map>
 
-#include "model/entry.h"
+#include "model/model.h"
 
-// Built in the spare room of the log's array, at its place if nothing held lies later: read forward they grow
-// upward from a middle, read backward downward, so that both lie there in the order of time. Only a damaged
-// ring or a wrap of the 64-bit time breaks that order; then a map finds what the order no longer can.
+// Built at their place if nothing held lies later, in the spare room behind the held entries: read forward
+// they grow upward from a middle, read backward downward, so that both lie there in the order of time. Where
+// that room does not suffice they are built aside, for held entries stay where they are until all are built.
+// Only a damaged ring or a wrap of the 64-bit time breaks the order; then a map finds what the order no
+// longer can.
 class NewEntries {
  public:
-  // Throws bad_alloc. The array must not change until Close().
+  // Throws bad_alloc. The array must not change while entries are added.
   NewEntries(EntryArray& array, std::size_t backwardRoom, std::size_t forwardRoom)
       : array_(array),
-        begin_(array.Spare(backwardRoom + forwardRoom)),
+        begin_(PlaceFor(backwardRoom + forwardRoom)),
         backward_(begin_ + backwardRoom),
         middle_(backward_),
         forward_(backward_) {}
@@ -23,11 +25,11 @@ class NewEntries {
   NewEntries(const NewEntries&) = delete;
   NewEntries& operator=(const NewEntries&) = delete;
 
-  // Whether `matches` holds for any new entry of this time.
-  template <class Matches>
-  bool AnyAt(u64 timestamp, Matches matches) const {
-    if (!ordered_) return AnyInMap(timestamp, matches);
-    return AnyIn(backward_, middle_, timestamp, matches) || AnyIn(middle_, forward_, timestamp, matches);
+  // Calls `visit` with the new entries of a time until it returns true; returns whether it did.
+  template <class Visit>
+  bool VisitAt(u64 timestamp, Visit& visit) const {
+    if (!ordered_) return VisitInMap(timestamp, visit);
+    return VisitIn(backward_, middle_, timestamp, visit) || VisitIn(middle_, forward_, timestamp, visit);
   }
 
   // Adds an entry about nothing yet; throws bad_alloc only where the order of time is broken.
@@ -42,21 +44,32 @@ class NewEntries {
     return place;
   }
 
-  // Moves all to the start of the spare room, those read backward first, each in the order of time. Among
-  // equal times those read backward arrived newest first and were laid down in reverse, as they should be.
+  // Moves all to the start of their room, each run in the order of time. Among equal times those read
+  // backward arrived newest first and were laid down in reverse, as they should be.
   void Close() {
     if (!ordered_) {
       std::stable_sort(backward_, middle_, CompareEntriesByTime());
       std::stable_sort(middle_, forward_, CompareEntriesByTime());
     }
+    const std::ptrdiff_t gap = backward_ - begin_;
+    if (gap == 0) return;
     std::move(backward_, forward_, begin_);
+    backward_ -= gap;
+    middle_ -= gap;
+    forward_ -= gap;
   }
-  std::size_t BackwardCount() const { return static_cast<std::size_t>(middle_ - backward_); }
-  std::size_t ForwardCount() const { return static_cast<std::size_t>(forward_ - middle_); }
+  NewRun ReadBackward() const { return {backward_, middle_}; }
+  NewRun ReadForward() const { return {middle_, forward_}; }
 
  private:
-  template <class Matches>
-  static bool AnyIn(const _STLEntry* begin, const _STLEntry* end, u64 timestamp, Matches matches) {
+  _STLEntry* PlaceFor(std::size_t count) {
+    const bool fits = array_.empty() || array_.SpareSize() >= count;
+    return (fits ? array_ : aside_).Spare(count);
+  }
+  // Part of its caller: each record asks it twice.
+  template <class Visit>
+  [[gnu::always_inline]] static bool VisitIn(const _STLEntry* begin, const _STLEntry* end, u64 timestamp,
+                                             Visit& visit) {
     if (begin == end || timestamp < begin->timestamp || timestamp > end[-1].timestamp) return false;
     // The border of what was read last is where a record mostly lies.
     const _STLEntry* first = begin;
@@ -65,13 +78,13 @@ class NewEntries {
     else if (timestamp != begin->timestamp)
       first = std::lower_bound(begin, end, timestamp, CompareEntriesByTime());
     for (; first != end && first->timestamp == timestamp; ++first)
-      if (matches(*first)) return true;
+      if (visit(*first)) return true;
     return false;
   }
-  template <class Matches>
-  bool AnyInMap(u64 timestamp, Matches matches) const {
+  template <class Visit>
+  bool VisitInMap(u64 timestamp, Visit& visit) const {
     const auto [begin, end] = byTime_.equal_range(timestamp);
-    return std::any_of(begin, end, [&](const auto& item) { return matches(*item.second); });
+    return std::any_of(begin, end, [&](const auto& item) { return visit(*item.second); });
   }
   bool BreaksOrder(u64 timestamp, bool forward) const {
     if (forward) return forward_ != middle_ && timestamp < forward_[-1].timestamp;
@@ -83,8 +96,9 @@ class NewEntries {
     ordered_ = false;
   }
 
-  EntryArray& array_;
-  _STLEntry* begin_;     // of the spare room
+  EntryArray& array_;    // of the log
+  EntryArray aside_;     // has the room where the spare room of `array_` does not suffice
+  _STLEntry* begin_;     // of the room
   _STLEntry* backward_;  // [backward_, middle_): read backward
   _STLEntry* middle_;
   _STLEntry* forward_;  // [middle_, forward_): read forward

@@ -1,14 +1,12 @@
 // Names the trigger task and calls the start procedure. A controller without loggers per kernel knows only
 // the scheduler's names, which is what the fallbacks are for.
-#include "target/start.h"
-
 #include <tasklog/tasklog.h>
 
 #include <cstdio>
 #include <cstring>
 
 #include "target/access.h"
-#include "target/targetname.h"
+#include "target/target.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // Kernel suffix of a target name: find, read, replace.
-#include "target/targetname.h"
+#include "target/target.h"
 
 namespace {
 

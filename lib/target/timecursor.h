@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "model/entry.h"
+#include "model/thresholds.h"
 
 // Walks a sorted array; a step costs the logarithm of its length, so a pass over neighbouring timestamps
 // costs a constant each, and a distant one little.
@@ -16,7 +17,7 @@ class TimeCursor {
     const _STLEntry* const begin = entries_.begin();
     const _STLEntry* const end = entries_.end();
     const _STLEntry* place = begin + position_;
-    for (int step = 0; step < neighbours; ++step) {
+    for (std::size_t step = 0; step < thresholds::neighbours; ++step) {
       if (place != end && place->timestamp < timestamp)
         ++place;
       else if (place != begin && place[-1].timestamp >= timestamp)
@@ -37,8 +38,6 @@ class TimeCursor {
   }
 
  private:
-  static constexpr int neighbours = 4;  // looked at before the steps grow
-
   const _STLEntry* Stay(const _STLEntry* place) {
     position_ = static_cast<std::size_t>(place - entries_.begin());
     return place;

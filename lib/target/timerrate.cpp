@@ -4,7 +4,7 @@
 
 #include "model/model.h"
 #include "target/access.h"
-#include "target/number.h"
+#include "target/target.h"
 
 namespace {
 

@@ -44,6 +44,19 @@ TEST(ManyRecords, OfNeighbouringTimesAreSorted) {
   EXPECT_EQ(DumpEntries(log.get()) + "; ", expected);
 }
 
+// What comes next is looked for in a stretch of time that is narrowed and widened as it fills.
+TEST(ManyRecords, OfTwoNeighbouringTimesBehindAFewFarApart) {
+  for (const std::uint32_t sparse : {1, 2, 3}) {
+    std::vector<FileRecord> records;
+    for (std::uint32_t i = 0; i < sparse; ++i) records.push_back({2, 0, 2000 + (i << 19)});
+    for (const std::uint64_t time : {1ull << 30, (1ull << 30) + 1})
+      records.insert(records.end(), many / 2, {2, 0, time});
+    const LogPtr log = NewLog();
+    EXPECT_EQ(AppendBytes(log.get(), TaskFile({}, {{"A", 0, 0, records}})), 0u);
+    EXPECT_EQ(TLTaskLogGetEntriesCount(log.get(), nullptr, 0, 0, UINT64_MAX), sparse + many);
+  }
+}
+
 // Times all over the 64-bit range, the last ones at its end.
 TEST(ManyRecords, FarApartAreSorted) {
   std::vector<FileRecord> records;

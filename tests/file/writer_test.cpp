@@ -48,6 +48,15 @@ TEST(Writer, CutsTheTickRateTo32Bits) {
   EXPECT_EQ(Save(log.get()), TaskFile({.startTime = 0, .stopTime = 0, .tickRate = 3705032704}, {}));
 }
 
+TEST(Writer, WritesAnEmptyNameForWhatIsAboutNothing) {
+  const LogPtr log = NewLog();
+  const _STLEntry entries[] = {{TLLogTestpoint, 2000}, {TLLogTimingIssue, 2000}};
+  log->TakeNewEntries({}, entries);
+  EXPECT_EQ(Save(log.get()), TaskFile({.startTime = 0, .stopTime = 0, .tickRate = 0}, {},
+                                      std::vector<FileRecord>{{3, 0, 0}, {7, 0, 2000, ""}},
+                                      std::vector<FileRecord>{{3, 0, 0}, {8, 0, 2000, ""}}));
+}
+
 TEST(Writer, ReplacesALongerFile) {
   const TempFile file(Bytes(5000, 0xAA));
   EXPECT_EQ(TLTaskLogSaveAsFile(ExampleLog().get(), file.CPath()), 0u);

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "model/model.h"
+#include "support/allocations.h"
 #include "support/logs.h"
 
 namespace {
@@ -89,6 +90,18 @@ TEST(Counts, OfAnotherLogsCategoryAre0) {
   EXPECT_EQ(AppendBytes(other.get(), TaskFile({}, sections)), 0u);
   for (const char* name : {"A", "G"})  // a place that a category of the log has, and one that none has
     EXPECT_EQ(TLTaskLogGetEntriesCount(log.get(), CategoryNamed(other.get(), name), 0, 0, UINT64_MAX), 0u);
+}
+
+TEST(Memory, IsTakenForWhatARingHoldsAndNotForItsSlots) {
+  constexpr std::size_t slots = 1'000'000;
+  for (const std::uint32_t filler : {0u, 0xFFFFFFFFu}) {  // unused slots as zeros or as markers
+    auto words = RingWords(1000, {{4, 1000, 1}, {4, 1010, 2}, marker});
+    words.resize(2 + 2 * slots, filler);
+    const LogPtr log = NewLog();
+    const AllocationWatch watch;
+    EXPECT_EQ(AppendRing(log.get(), words), 0u);
+    EXPECT_LE(watch.LargestBytes(), words.size() * sizeof words[0]) << filler;
+  }
 }
 
 TEST(Memory, TakenForRecordsThatAddNothingIsGivenBack) {

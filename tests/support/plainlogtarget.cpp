@@ -90,28 +90,27 @@ class Target {
   std::string name_;
 };
 
-// The list comes in portions of 120 identifiers, the first with the header word in front. What a transfer
-// that ends early leaves out is no identifier.
+// The list comes in portions of 120 identifiers, the first with the header word in front; behind the last one
+// all may have been delivered at once. What a transfer leaves out still holds the mark of its place.
 std::vector<std::uint32_t> Target::TaskIds() const {
-  std::uint32_t sizeBytes = 0;
-  Check(DbgTasksList(name_.c_str(), &sizeBytes, 0));
-  const std::size_t count = sizeBytes / 4;
+  const auto mark = [](std::size_t place) { return static_cast<std::uint32_t>(0x51000000 + 77 * place); };
+  std::uint32_t left = 0;
+  Check(DbgTasksList(name_.c_str(), &left, 0));
+  const std::size_t count = left / 4;
   std::vector<std::uint32_t> words(count + 1);
+  for (std::size_t i = 0; i < count; ++i) words[i] = mark(i);
   std::size_t next = 0;
-  std::uint32_t left = sizeBytes;
   do {
     const std::size_t portion = next == 0 ? 121 : 120;
-    for (std::size_t i = next; i < std::min(next + portion, count); ++i) words[i] = taskListContinues;
     Check(DbgTasksList(name_.c_str(), &words[next], left));
     next += portion;
     left -= static_cast<std::uint32_t>(4 * portion);
   } while (static_cast<std::int32_t>(left) > 0 && words[next] == taskListContinues);
 
-  words.resize(count);
-  while (words.size() > next && words.back() == 0) words.pop_back();
-  while (words.size() <= next && !words.empty() && words.back() == taskListContinues) words.pop_back();
-  if (!words.empty()) words.erase(words.begin());
-  return words;
+  std::vector<std::uint32_t> ids;
+  for (std::size_t i = 1; i < count; ++i)
+    if (words[i] != mark(i)) ids.push_back(words[i]);
+  return ids;
 }
 
 std::uint64_t Target::TicksPerSecond() const {

@@ -66,7 +66,7 @@ void ScriptedTarget::FillList(std::uint32_t* words, std::uint32_t size) {
   std::vector<std::uint32_t> list = {0xC0FFEE00};  // the header word means nothing
   for (const ScriptedTask& task : tasks) list.push_back(task.id);
   const std::size_t room = size / 4;
-  const std::size_t portion = std::min({room, list.size() - listNext, std::size_t{listNext ? 120u : 121u}});
+  const std::size_t portion = std::min({room, list.size() - listNext, listPortionWords + !listNext});
   // A target may use its buffer to the last byte, also where the size is no whole number of words.
   std::memset(words + room, 0xEE, size % 4);
   std::copy_n(list.begin() + static_cast<std::ptrdiff_t>(listNext), portion, words);

@@ -42,8 +42,9 @@ struct ScriptedTarget {
   std::map<std::size_t, std::function<void()>> changes;  // done before the call of that number is answered
   std::optional<std::uint32_t> listSizeBytes;            // of the task list as reported, if not the true one
   std::size_t listPortions = SIZE_MAX;                   // the transfer of the task list stops after so many
-  bool terminatesTexts = true;  // false: fills text buffers to the last byte, without a NUL
-  bool storesSizes = true;      // false: leaves the answer to a size query untouched
+  std::size_t listPortionWords = 120;  // of the task list that a transfer delivers, the header word apart
+  bool terminatesTexts = true;         // false: fills text buffers to the last byte, without a NUL
+  bool storesSizes = true;             // false: leaves the answer to a size query untouched
 
   // What was called, in order, with all arguments: "GetVariable(ctl, Target.Cpu, 10)".
   std::vector<std::string> calls;

@@ -54,6 +54,41 @@ TEST(Acquire, WidensThePeriodToCoverAllEntries) {
   }
 }
 
+// A caller may walk the log while records arrive: what was held before the append stays where it is until the
+// last call.
+TEST(Acquire, LeavesHeldEntriesInPlaceWhileRecordsArrive) {
+  const auto row = [](std::uint64_t begin, std::size_t count) {
+    std::vector<RingRecord> records;
+    for (std::size_t i = 0; i < count; ++i) records.push_back({2, begin + 10 * i, 1});
+    return RingWords(begin, records);
+  };
+  struct Walk {
+    explicit Walk(TLTaskLog walked) : iterator(TLTaskLogGetEntries(walked, nullptr, 0, 0, UINT64_MAX)) {}
+    ~Walk() { TLEntryIteratorDestroy(iterator); }
+    TLEntryIterator iterator;
+    std::uint64_t sum = 0;
+  };
+  const LogPtr log = NewLog();
+  EXPECT_EQ(AppendRing(log.get(), row(1000, 6000)), 0u);
+  ScriptedTarget target;
+  PutCategories(target);
+  for (const std::uint64_t begin : {1005, 200'000}) {  // between what is held, and behind it
+    PutLogger(target, "Scheduler.Logger", row(begin, 8000));
+    Walk walk(log.get());
+    const auto advance = [](TLTaskLog, double done, std::int32_t*, void* user) {
+      Walk& walked = *static_cast<Walk*>(user);
+      if (done == 1.0) return;  // merged
+      if (const TLEntry entry = TLEntryIteratorNext(walked.iterator))
+        walked.sum += TLEntryGetTimestamp(entry);
+    };
+    EXPECT_EQ(TLTaskLogAppendFromTarget(log.get(), "ctl", -1, advance, &walk), 0u);
+    if (begin == 1005) {
+      EXPECT_EQ(walk.sum, 6000u * 1000 + 10u * 6000 * 5999 / 2);
+    }
+  }
+  EXPECT_EQ(TLTaskLogGetEntriesCount(log.get(), nullptr, 0, 0, UINT64_MAX), 22000u);
+}
+
 // Reads kernel 1 of a controller: a task, a testpoint, a timing issue, and a task it does not list.
 class Reading {
  public:

@@ -1,6 +1,8 @@
 // How the ids of records become categories: what is fetched, in which portions, and what is made up.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "support/logs.h"
 #include "target/access.h"
 
@@ -41,6 +43,60 @@ TEST(Discovery, ReadsTheTaskListInPortions) {
     EXPECT_EQ(target.CallsOf("DbgTasksList"), expected);
     EXPECT_EQ(CountIn(target.CallsOf("DbgTaskGetName")), c.registered);
     EXPECT_EQ(TLTaskLogGetCategoriesCount(log.get(), 0, nullptr), c.registered + 1);
+  }
+}
+
+// An identifier may look like the word that continues a list, or be 0, also as the last one, and however much
+// a target delivers at once.
+TEST(Discovery, AsksForEveryIdentifier) {
+  for (const std::size_t count : {1, 119, 120, 121, 240, 241, 300})
+    for (const std::size_t portionWords : {120, 1000})
+      for (const std::uint32_t last : {taskListContinues, 0u}) {
+        SCOPED_TRACE(testing::Message() << count << " tasks, " << portionWords << " at once, last " << last);
+        ScriptedTarget target;
+        PutTasks(target, static_cast<std::uint32_t>(count));
+        target.tasks.back().id = last;
+        target.listPortionWords = portionWords;
+        const LogPtr log = NewLog();
+        EXPECT_EQ(AppendRing(log.get(), target, RingWords(1000, {{4, 1000, last}})), 0u);
+        EXPECT_EQ(TLTaskLogGetCategoriesCount(log.get(), 0, nullptr), count);
+        EXPECT_EQ(DumpEntries(log.get()), "1000 4 T" + std::to_string(count) + " -");
+      }
+}
+
+// A log whose tasks bear the names that unknown ids would be given: an id that turns up leads to the
+// task of its name, and that task's former id to the next one that has it. At one time, where a record is
+// known when a task of its id has an entry, and at many.
+TEST(Discovery, GivesATaskTheIdThatItsNameStates) {
+  constexpr std::uint32_t count = 200;
+  const auto nameOf = [](std::uint32_t task) { return "0x" + std::to_string(10'000'000 + task); };
+  for (const std::uint64_t step : {0, 10}) {
+    std::vector<std::uint32_t> ids;
+    std::vector<FileSection> sections;
+    for (std::uint32_t task = 0; task < count; ++task) {
+      ids.push_back(5 + task % 2);
+      sections.push_back({nameOf(task), 7, -1, {{0, ids.back(), 2000}, {0, 0, 2000}}});
+    }
+    const LogPtr log = NewLog();
+    EXPECT_EQ(AppendBytes(log.get(), TaskFile({}, sections)), 0u);
+    std::vector<RingRecord> records;
+    std::vector<std::uint32_t> added;  // tasks
+    std::string expected;
+    for (std::uint32_t i = 0; i < 3 * (count - 2); ++i) {
+      const std::uint32_t id =
+          i % 3 == 0 ? static_cast<std::uint32_t>(std::stoul(nameOf(i / 3), nullptr, 16)) : 4 + i % 3;
+      const std::uint64_t time = 5000 + step * i;
+      records.push_back({2, time, id});
+      const auto has = [&](std::uint32_t task) { return ids[task] == id; };
+      if (step == 0 && std::any_of(added.begin(), added.end(), has)) continue;
+      std::uint32_t task = 0;
+      while (task < count && !has(task)) ++task;
+      if (task == count) ids[task = i / 3] = id;
+      added.push_back(task);
+      expected += std::to_string(time) + " 2 " + nameOf(task) + " -; ";
+    }
+    EXPECT_EQ(AppendRing(log.get(), RingWords(5000, records)), 0u);
+    EXPECT_EQ(DumpEntries(log.get(), nullptr, 0, 5000) + "; ", expected);
   }
 }
 

@@ -1,7 +1,7 @@
 // The kernel suffix of target names.
-#include "target/targetname.h"
-
 #include <gtest/gtest.h>
+
+#include "target/target.h"
 
 namespace {
 

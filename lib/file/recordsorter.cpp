@@ -1,0 +1,97 @@
+// A stretch of time after the other is gathered from all sections, as much as fits into a cache, and sorted.
+#include "file/recordsorter.h"
+
+#include <algorithm>
+#include <bit>
+#include <utility>
+
+namespace {
+
+constexpr int digitBits = 11;
+constexpr u64 widest = u64{1} << 62;  // ticks
+
+}  // namespace
+
+std::size_t RecordSorter::MakeRoom() {
+  records_.Spare(thresholds::recordRoom);
+  return records_.size() + records_.SpareSize();
+}
+
+void RecordSorter::Add(const Record& record) {
+  if (!inRun_ || record.timestamp < records_.back().timestamp) BeginRun();
+  *records_.Spare(1) = record;
+  records_.Extend(1);
+  runs_.back().end = records_.size();
+}
+
+// Each run is looked at whenever records are gathered, so where there are many runs, more are gathered.
+void RecordSorter::BeginRun() {
+  const std::size_t needed = 2 * std::max(thresholds::sorted, std::bit_ceil(runs_.size() + 1));
+  if (items_.size() < needed) items_.resize(needed);
+  runs_.push_back({task_, records_.size(), records_.size(), records_.size()});
+  inRun_ = true;
+}
+
+// Gathers the records that come next and sorts them; false when there are none left. Where more records share
+// one time than can be gathered, they come in several pieces and need no sorting.
+bool RecordSorter::GatherNext() {
+  u64 begin = 0;
+  if (!DropFinishedRuns(begin)) return false;
+  while (!Gather(begin, width_) && width_ > 1) width_ = std::max<u64>(width_ / 4, 1);
+  SortGathered(begin, width_);
+  for (Run& run : runs_) run.begin = run.gathered;
+  if (itemCount_ < Capacity() / 4 && width_ < widest) width_ *= 2;
+  return true;
+}
+
+// False when all records have been yielded; otherwise gives the time of the first that has not.
+bool RecordSorter::DropFinishedRuns(u64& earliest) {
+  runs_.erase(std::remove_if(runs_.begin(), runs_.end(), [](const Run& run) { return run.begin == run.end; }),
+              runs_.end());
+  earliest = UINT64_MAX;
+  for (const Run& run : runs_) earliest = std::min(earliest, records_[run.begin].timestamp);
+  return !runs_.empty();
+}
+
+// Gathers the records of a stretch of time, section by section; false when not all of them fit.
+bool RecordSorter::Gather(u64 begin, u64 width) {
+  bool fits = true;
+  itemCount_ = 0;
+  for (Run& run : runs_) {
+    run.gathered = run.begin;
+    for (; run.gathered < run.end && records_[run.gathered].timestamp - begin < width; ++run.gathered) {
+      if (itemCount_ == Capacity()) {
+        fits = false;
+        break;
+      }
+      const Record& record = records_[run.gathered];
+      items_[itemCount_++] = {record.timestamp, &record, run.task};
+    }
+  }
+  return fits;
+}
+
+// A radix sort, which keeps the order of the file among equal times; for few records its tables cost more
+// than they save.
+void RecordSorter::SortGathered(u64 begin, u64 width) {
+  constexpr u64 digitMask = (u64{1} << digitBits) - 1;
+  if (itemCount_ <= thresholds::compared) {
+    std::sort(items_.data(), items_.data() + itemCount_, [](const Item& a, const Item& b) {
+      return a.timestamp != b.timestamp ? a.timestamp < b.timestamp : a.record < b.record;
+    });
+    return;
+  }
+  const int bits = static_cast<int>(std::bit_width(width - 1));
+  Item* from = items_.data();
+  Item* to = from + Capacity();
+  for (int shift = 0; shift < bits; shift += digitBits) {
+    u32 places[digitMask + 1] = {};
+    const auto digit = [=](const Item& item) { return (item.timestamp - begin) >> shift & digitMask; };
+    for (std::size_t i = 0; i < itemCount_; ++i) ++places[digit(from[i])];
+    u32 place = 0;
+    for (u32& next : places) next = std::exchange(place, place + next);
+    for (std::size_t i = 0; i < itemCount_; ++i) to[places[digit(from[i])]++] = from[i];
+    std::swap(from, to);
+  }
+  if (from != items_.data()) std::copy_n(from, itemCount_, items_.data());
+}

@@ -1,0 +1,73 @@
+// Brings the records of a file into the order of time.
+#pragma once
+
+#include <vector>
+
+#include "model/growingarray.h"
+#include "model/model.h"
+
+// Collects records in the order of the file and yields them by time; records of one time stay in the order of
+// the file. Sections lie in the order of time, so they are only merged: what a record costs does not depend
+// on the number of sections. A section that is out of order counts as several runs that are not.
+//
+// Memory is obtained as records arrive and none when they are yielded.
+class RecordSorter {
+ public:
+  struct Record {
+    u64 timestamp;
+    u32 value;  // an id; the index of a category for Ko types 7 and 8
+    u8 koType;
+  };
+
+  // Begins a section, of a task or (null) of testpoints or timing issues.
+  void BeginSection(STLTask* task) {
+    task_ = task;
+    inRun_ = false;
+  }
+  std::size_t RoomLeft() const { return records_.SpareSize(); }
+  // Makes room for more records and returns for how many there is room then, those added included; throws
+  // bad_alloc.
+  std::size_t MakeRoom();
+  // Adds a record to the section; throws bad_alloc.
+  void Add(const Record& record);
+
+  // Calls `visit` with each record, the task of its section, and its number in the file, from 0.
+  template <class Visit>
+  void ForEachByTime(Visit visit) {
+    while (GatherNext())
+      for (std::size_t i = 0; i < itemCount_; ++i)
+        visit(*items_[i].record, items_[i].task,
+              static_cast<std::size_t>(items_[i].record - records_.begin()));
+  }
+
+ private:
+  // Records of one section in the order of time.
+  struct Run {
+    STLTask* task;
+    std::size_t begin;  // what lies before has been yielded
+    std::size_t gathered;
+    std::size_t end;
+  };
+  // A record on its way into the order of time.
+  struct Item {
+    u64 timestamp;
+    const Record* record;
+    STLTask* task;
+  };
+
+  void BeginRun();
+  std::size_t Capacity() const { return items_.size() / 2; }
+  bool GatherNext();
+  bool DropFinishedRuns(u64& earliest);
+  bool Gather(u64 begin, u64 width);
+  void SortGathered(u64 begin, u64 width);
+
+  GrowingArray<Record> records_;
+  STLTask* task_ = nullptr;  // of the section; null for testpoints and timing issues
+  bool inRun_ = false;       // whether the section's last run takes more records
+  std::vector<Run> runs_;    // in the order of the file
+
+  std::vector<Item> items_;  // two halves: gathered records and, while they are sorted, their next order
+  std::size_t itemCount_ = 0;
+  u64 width_ = u64{1} << 20;  // ticks gathered at once
+};

@@ -1,0 +1,29 @@
+// A copy of a logger buffer, and where its laps lie.
+#include "target/ring.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <new>
+
+#include "model/pages.h"
+
+void Ring::Resize(u32 wordCount) {
+  words_.reset(static_cast<u32*>(std::calloc(wordCount, sizeof(u32))));
+  if (!words_) throw std::bad_alloc();
+  PreferLargePages(words_.get(), wordCount * sizeof(u32));
+  wordCount_ = wordCount;
+}
+
+Laps::Laps(const Ring& ring) : timeBits(DetectTimeBits(ring.Slot(0), ring.SlotCount())) {
+  const u32 slotCount = ring.SlotCount();
+  while (marker < slotCount && !ring.IsMarker(marker)) ++marker;
+
+  // A record like the one before it has its time and so makes no entry of its own. Where a buffer counts as
+  // one of narrow ticks, one of wide ticks may have another time even so.
+  const auto addsNothing = [&](const u32* slot) {
+    return slot[0] == slot[-2] && slot[1] == slot[-1] && (timeBits == 28 || slot[0] >> 20 == 0);
+  };
+  u32 end = slotCount;
+  while (end > marker + 2 && addsNothing(ring.Slot(end - 1))) --end;
+  previousRoom = end - std::min(end, marker + 1);
+}
