@@ -119,7 +119,9 @@ constexpr FileShape files[] = {
        return Section(n, [](auto i, auto) { return i % 2 ? UINT64_MAX - i : std::uint64_t{i}; });
      }},
     {"ever longer gaps",
-     [](auto n) { return Section(n, [](auto i, auto c) { return std::uint64_t{1} << (i * 63ull / c); }); }},
+     [](auto n) {
+       return Section(n, [](auto i, auto c) { return std::uint64_t{1} << (i * 12ull / c * 5); });
+     }},
     {"small sections", [](auto n) { return Sections(n, 4, Placeholder); }},
     {"empty sections", [](auto n) { return Sections(n, 0, Placeholder); }},
     {"sections of one name", [](auto n) { return Sections(n, 1, Same); }},

@@ -17,7 +17,7 @@ inline constexpr std::size_t smallest = 8000;
 inline constexpr Setting linearSettings[] = {{smallest, 8},   {2 * smallest, 8},   {4 * smallest, 8},
                                              {smallest, 512}, {2 * smallest, 512}, {4 * smallest, 512}};
 // The same, of the shapes of shapes.h.
-inline constexpr std::size_t smallestShape = 3000;
+inline constexpr std::size_t smallestShape = 1600;
 inline constexpr Setting shapeSettings[] = {
     {smallestShape, 0}, {2 * smallestShape, 0}, {4 * smallestShape, 0}};
 // Of operations that must not.
