@@ -1,6 +1,5 @@
 // tasklog info: what logs hold, in short.
-#include "cmd_info.h"
-
+#include "commandline.h"
 #include "failure.h"
 #include "infoformat.h"
 #include "recording.h"

@@ -1,6 +1,4 @@
 // tasklog list: the entries of logs.
-#include "cmd_list.h"
-
 #include <fmt/format.h>
 #include <unistd.h>
 
@@ -9,6 +7,7 @@
 #include <optional>
 
 #include "bounds.h"
+#include "commandline.h"
 #include "failure.h"
 #include "listformat.h"
 #include "recording.h"

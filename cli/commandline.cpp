@@ -8,10 +8,6 @@
 #include <algorithm>
 #include <iterator>
 
-#include "cmd_info.h"
-#include "cmd_list.h"
-#include "cmd_record.h"
-#include "cmd_start.h"
 #include "failure.h"
 #include "stdoutwriter.h"
 #include "suggest.h"

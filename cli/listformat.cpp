@@ -20,11 +20,6 @@ constexpr std::size_t mostTypes = 16;
 
 void Append(Buffer& out, std::string_view text) { out.append(text); }
 
-void AppendNumber(Buffer& out, std::uint64_t number) {
-  const fmt::format_int digits(number);
-  out.append(digits.data(), digits.data() + digits.size());
-}
-
 // What is printed for each category of a log, made once.
 class Labels {
  public:
