@@ -17,7 +17,7 @@ namespace cli {
 namespace {
 
 const Command* const commands[] = {&startCommand, &recordCommand, &infoCommand,
-                                   &listCommand,  &statsCommand,  };
+                                   &listCommand,  &statsCommand,  &latencyCommand};
 
 std::string Overview() {
   std::string text =
