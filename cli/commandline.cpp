@@ -16,8 +16,8 @@
 namespace cli {
 namespace {
 
-const Command* const commands[] = {&startCommand, &recordCommand, &infoCommand,
-                                   &listCommand,  &statsCommand,  &latencyCommand};
+const Command* const commands[] = {&startCommand, &recordCommand,  &infoCommand, &listCommand,
+                                   &statsCommand, &latencyCommand, &checkCommand};
 
 std::string Overview() {
   std::string text =

@@ -25,6 +25,7 @@ extern const Command infoCommand;
 extern const Command listCommand;
 extern const Command statsCommand;
 extern const Command latencyCommand;
+extern const Command checkCommand;
 
 // Runs what the arguments (without the program's name) ask for; returns the exit code. Throws UsageError,
 // Failure and ClosedPipe.
