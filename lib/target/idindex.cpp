@@ -4,18 +4,6 @@
 #include <bit>
 #include <utility>
 
-namespace {
-
-u64 KeyOf(ETLCatType kind, u32 id) { return u64{kind} << 32 | id; }
-
-// Whether a category has left an id. Only tasks change theirs; a timing issue is also found by a code that is
-// not its id.
-bool HasLeft(const _STLCategory& category, u32 id) {
-  return category.GetType() == TLCatTask && category.GetId() != id;
-}
-
-}  // namespace
-
 void IdIndex::Build(const std::vector<_STLCategory*>& categories) {
   places_.assign(std::bit_ceil(2 * categories.size() + 16), Place{});
   taken_ = 0;
@@ -29,18 +17,10 @@ void IdIndex::Build(const std::vector<_STLCategory*>& categories) {
 
 // The place that has a key or, free, may take it; null when all places near its own are taken.
 IdIndex::Place* IdIndex::Probe(u64 key) {
-  const std::size_t mask = places_.size() - 1;
-  // Ids are often addresses: the multiplication carries all their bits into the upper ones.
-  std::size_t place = (key * 0x9E3779B97F4A7C15u >> 32) & mask;
-  for (std::size_t i = 0; i < thresholds::probes; ++i, place = (place + 1) & mask)
-    if (places_[place].key == key || places_[place].key == freeKey) return &places_[place];
+  std::size_t at = PlaceOf(key);
+  for (std::size_t i = 0; i < thresholds::probes; ++i, at = (at + 1) & (places_.size() - 1))
+    if (places_[at].key == key || places_[at].key == freeKey) return &places_[at];
   return nullptr;
-}
-
-_STLCategory** IdIndex::FindPlace(u64 key) {
-  if (Place* place = Probe(key)) return place->key == key ? &place->category : nullptr;
-  const auto found = crowded_.find(key);
-  return found != crowded_.end() ? &found->second : nullptr;
 }
 
 _STLCategory*& IdIndex::PlaceFor(u64 key) {
@@ -54,18 +34,24 @@ _STLCategory*& IdIndex::PlaceFor(u64 key) {
   return place->category;
 }
 
-_STLCategory* IdIndex::Find(ETLCatType kind, u32 id) {
-  _STLCategory** place = FindPlace(KeyOf(kind, id));
-  if (!place) return nullptr;
-  _STLCategory*& category = *place;
-  while (category && HasLeft(*category, id))
-    category = category->index < following_.size() ? following_[category->index] : nullptr;
-  return category;
+// Leads a place from tasks that have left its id on to the one that has it.
+_STLCategory* IdIndex::Search(ETLCatType kind, u32 id) {
+  const u64 key = KeyOf(kind, id);
+  _STLCategory** first = nullptr;
+  if (Place* place = Probe(key)) {
+    if (place->key == key) first = &place->category;
+  } else if (const auto found = crowded_.find(key); found != crowded_.end()) {
+    first = &found->second;
+  }
+  if (!first) return nullptr;
+  while (*first && HasLeft(kind, **first, id))
+    *first = (*first)->index < following_.size() ? following_[(*first)->index] : nullptr;
+  return *first;
 }
 
 void IdIndex::Add(u32 id, _STLCategory* category) {
   _STLCategory*& place = PlaceFor(KeyOf(category->GetType(), id));
-  if (!place || HasLeft(*place, id)) place = category;
+  if (!place) place = category;
 }
 
 // All keys find their places anew, for a key is looked for in the tree only where its places are taken.

@@ -14,8 +14,14 @@ class IdIndex {
  public:
   bool IsBuilt() const { return !places_.empty(); }
   void Build(const std::vector<_STLCategory*>& categories);  // throws bad_alloc
-  // Null when there is none.
-  _STLCategory* Find(ETLCatType kind, u32 id);
+  // Null when there is none. Mostly the place that an id leads to has it.
+  _STLCategory* Find(ETLCatType kind, u32 id) {
+    const u64 key = KeyOf(kind, id);
+    const Place& place = places_[PlaceOf(key)];
+    if (place.key == key && place.category && !HasLeft(kind, *place.category, id)) [[likely]]
+      return place.category;
+    return Search(kind, id);
+  }
   // Adds a category under an id, unless there is one.
   void Add(u32 id, _STLCategory* category);  // throws bad_alloc
 
@@ -26,8 +32,18 @@ class IdIndex {
     _STLCategory* category = nullptr;  // the first of them; null when it has left
   };
 
-  _STLCategory** FindPlace(u64 key);  // null when there is none
-  _STLCategory*& PlaceFor(u64 key);   // throws bad_alloc
+  static u64 KeyOf(ETLCatType kind, u32 id) { return u64{kind} << 32 | id; }
+  // Whether a category has left an id. Only tasks change theirs; a timing issue is also found by a code that
+  // is not its id.
+  static bool HasLeft(ETLCatType kind, const _STLCategory& category, u32 id) {
+    return kind == TLCatTask && static_cast<const STLTask&>(category).id != id;
+  }
+  // Ids are often addresses: the multiplication carries all their bits into the upper ones.
+  std::size_t PlaceOf(u64 key) const {
+    return static_cast<std::size_t>(key * 0x9E3779B97F4A7C15u >> 32) & (places_.size() - 1);
+  }
+  _STLCategory* Search(ETLCatType kind, u32 id);
+  _STLCategory*& PlaceFor(u64 key);  // throws bad_alloc
   Place* Probe(u64 key);
   void Grow();
   void Put(u64 key, _STLCategory* category);  // a key that is not there

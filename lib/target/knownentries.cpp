@@ -22,9 +22,12 @@ u32 SubjectId(const _STLEntry& entry) {
 }
 
 // Whether an entry stands for a record of this type and id.
-bool StandsFor(const _STLEntry& entry, ETLLogType type, u32 id) {
+inline bool StandsFor(const _STLEntry& entry, ETLLogType type, u32 id) {
   if (entry.type != type) return false;
-  return SubjectId(entry) == id || (type == TLLogTimingIssue && IsNamedAfter(entry, id));
+  if (SubjectId(entry) == id) return true;
+  if (type != TLLogTimingIssue) [[likely]]
+    return false;
+  return IsNamedAfter(entry, id);
 }
 
 // Looks for an entry among a few. Called with one after the other; true ends the search.

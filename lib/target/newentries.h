@@ -66,8 +66,10 @@ class NewEntries {
     const bool fits = array_.empty() || array_.SpareSize() >= count;
     return (fits ? array_ : aside_).Spare(count);
   }
+  // Part of its caller: each record asks it twice.
   template <class Visit>
-  static bool VisitIn(const _STLEntry* begin, const _STLEntry* end, u64 timestamp, Visit& visit) {
+  [[gnu::always_inline]] static bool VisitIn(const _STLEntry* begin, const _STLEntry* end, u64 timestamp,
+                                             Visit& visit) {
     if (begin == end || timestamp < begin->timestamp || timestamp > end[-1].timestamp) return false;
     // The border of what was read last is where a record mostly lies.
     const _STLEntry* first = begin;

@@ -3,8 +3,6 @@
 
 #include <algorithm>
 
-ETLLogType RecordType(u32 timeWord) { return timeWord >> 16 & 0xF; }
-
 u32 RecordTick(u32 timeWord) { return (timeWord & 0xFFFF) | (timeWord >> 4 & 0x0FFF0000); }
 
 // A controller with narrow ticks leaves the upper bits zero in every record, marker included.

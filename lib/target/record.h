@@ -9,7 +9,7 @@
 inline constexpr ETLLogType markerType = 15;
 
 // The type of a record, 0 to 15, from its time/type word.
-ETLLogType RecordType(u32 timeWord);
+inline ETLLogType RecordType(u32 timeWord) { return timeWord >> 16 & 0xF; }
 
 // The 28 tick bits of a record from its time/type word; in the 16-bit format the upper 12 are 0.
 u32 RecordTick(u32 timeWord);

@@ -1,8 +1,11 @@
 // A copy of a logger buffer, and where its laps lie.
 #include "target/ring.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <new>
+
+#include "model/pages.h"
 
 void Ring::Resize(u32 wordCount) {
   words_.reset(static_cast<u32*>(std::calloc(wordCount, sizeof(u32))));
@@ -11,18 +14,16 @@ void Ring::Resize(u32 wordCount) {
   wordCount_ = wordCount;
 }
 
-// A record like the one before it has its time and so makes no entry of its own. Where a buffer counts as one
-// of narrow ticks, a record of wide ones may have another time even so.
-bool Laps::Adds(const Ring& ring, u32 slot) const {
-  const u32* words = ring.Slot(slot);
-  return words[0] != words[-2] || words[1] != words[-1] || (timeBits == 16 && words[0] >> 20);
-}
-
 Laps::Laps(const Ring& ring) : timeBits(DetectTimeBits(ring.Slot(0), ring.SlotCount())) {
   const u32 slotCount = ring.SlotCount();
-  for (; marker < slotCount && !ring.IsMarker(marker); ++marker)
-    currentRoom += marker == 0 || Adds(ring, marker);
-  previousBegin = slotCount;
-  while (previousBegin > marker + 1 && !ring.IsMarker(previousBegin - 1))
-    previousRoom += Adds(ring, --previousBegin);
+  while (marker < slotCount && !ring.IsMarker(marker)) ++marker;
+
+  // A record like the one before it has its time and so makes no entry of its own. Where a buffer counts as
+  // one of narrow ticks, one of wide ticks may have another time even so.
+  const auto addsNothing = [&](const u32* slot) {
+    return slot[0] == slot[-2] && slot[1] == slot[-1] && (timeBits == 28 || slot[0] >> 20 == 0);
+  };
+  u32 end = slotCount;
+  while (end > marker + 2 && addsNothing(ring.Slot(end - 1))) --end;
+  previousRoom = end - std::min(end, marker + 1);
 }

@@ -26,17 +26,12 @@ class Ring {
 
 // How a ring is to be read. The current lap lies before the marker, the previous one behind it, up to the end
 // or back to another marker.
-class Laps {
- public:
+struct Laps {
   explicit Laps(const Ring& ring);
 
-  const int timeBits;     // width of the tick field
-  u32 marker = 0;         // slot of the marker; the number of slots when there is none
-  u32 previousBegin = 0;  // first slot of the previous lap; the number of slots when there is none
-  // How many entries each lap can make: few where a ring holds little, for its unused slots are all alike.
-  std::size_t currentRoom = 0;
-  std::size_t previousRoom = 0;
-
- private:
-  bool Adds(const Ring& ring, u32 slot) const;
+  const int timeBits;  // width of the tick field
+  u32 marker = 0;      // slot of the marker; the number of slots when there is none
+  // How many entries the previous lap can make: few where a ring holds little, for its unused slots are
+  // alike.
+  u32 previousRoom = 0;
 };

@@ -6,7 +6,7 @@ u32 RingDecoder::Decode() {
   for (u32 slot = 0; slot < laps_.marker; ++slot)
     if (!DecodeSlot(slot, true)) return TLErrCanceled;
   acquisition_.time = ring_.ReferenceTime();
-  for (u32 slot = ring_.SlotCount(); slot > laps_.previousBegin;)
+  for (u32 slot = ring_.SlotCount(); slot > laps_.marker + 1 && !ring_.IsMarker(slot - 1);)
     if (!DecodeSlot(--slot, false)) return TLErrCanceled;
   acquisition_.added.Close();
   return TL_OK;

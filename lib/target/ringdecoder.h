@@ -15,7 +15,7 @@ class RingDecoder {
         ring_(ring),
         progress_(progress),
         laps_(ring),
-        acquisition_(log, target, laps_.timeBits, laps_.previousRoom, laps_.currentRoom) {}
+        acquisition_(log, target, laps_.timeBits, laps_.previousRoom, laps_.marker) {}
 
   // Decodes both laps; TLErrCanceled when the caller asked to stop. Throws bad_alloc.
   u32 Decode();
