@@ -161,7 +161,7 @@ void Session::LookForTrigger() {
     const std::uint64_t stop = source.reader.Log().StopTime();
     const std::uint64_t from = std::exchange(source.awaitedFrom, stop);
     if ((rounds_ == 1 && !request_.start) || stop <= from) continue;
-    const auto ticks = request_.until->FirstIn(source.reader.Log(), from, stop - 1);
+    const auto ticks = request_.until->FirstIn(source.reader.Log(), from, stop - 1, recorder_.Notes());
     if (ticks) return EndSoon({request_.until->Selector(), request_.merge ? "" : source.notes.name, *ticks});
   }
 }
