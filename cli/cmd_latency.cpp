@@ -71,7 +71,8 @@ class Side {
 };
 
 std::size_t CheckedWorst(const std::string& text) {
-  if (const auto count = ParseNumber(text)) return *count;
+  if (const auto count = ParseNumber(text))
+    return static_cast<std::size_t>(std::min<std::uint64_t>(*count, SIZE_MAX));
   throw UsageError("--worst: " + Quoted(text) + " is not a number");
 }
 

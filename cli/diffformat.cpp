@@ -81,7 +81,14 @@ void PrintLoads(fmt::memory_buffer& out, const Difference& difference) {
   table.Print(out, false);
 }
 
-// More is worse, but of the interval, where less is as bad.
+// By which share a number got worse: more is worse, but of an interval the median either way, and the
+// shortest when it is less.
+double Worsening(Quantity quantity, const ChangedNumber& number, double rise) {
+  if (quantity != Quantity::activationInterval) return rise;
+  if (std::string_view(number.column) == "p50") return std::abs(rise);
+  return std::string_view(number.column) == "min" ? -rise : rise;
+}
+
 std::optional<std::string> WorstOf(const Change& change, double over) {
   if (change.test.IsNoise() || change.quantity == Quantity::run) return std::nullopt;
   std::optional<std::string> worst;
@@ -90,7 +97,7 @@ std::optional<std::string> WorstOf(const Change& change, double over) {
     // Where some values were more than 0 before, a larger number says how much worse it got.
     if (!number.Rise() && change.before.max != 0) continue;
     const double rise = number.Rise().value_or(INFINITY);
-    const double worse = change.quantity == Quantity::activationInterval ? std::abs(rise) : rise;
+    const double worse = Worsening(change.quantity, number, rise);
     if (worse <= most) continue;
     most = worse;
     worst = fmt::format("{} {} {}", NameOf(change.quantity), number.name, RiseText(number.Rise()));

@@ -47,7 +47,7 @@ std::string EntriesAround(const tasklog::Log& log, std::uint64_t from, std::uint
   const std::uint64_t first = TimeBefore(log, from);
   const std::uint64_t last = TimeBehind(log, to);
   const std::uint64_t count = log.EntriesCount({.from = first, .to = last});
-  const std::uint64_t most = mostFirst + mostLast;
+  const bool leavesOut = count > mostFirst + mostLast + 1;
   const auto format = MakeEntryFormat(log, {.format = "text"});
   std::string text;
   fmt::memory_buffer line;
@@ -56,9 +56,10 @@ std::string EntriesAround(const tasklog::Log& log, std::uint64_t from, std::uint
   std::uint64_t at = 0;
   for (const auto& entry : log.Entries({.from = first, .to = last})) {
     const bool isLast = count - at <= mostLast;
-    if (count > most && at == mostFirst) text += fmt::format("{}... {} more\n", indent, count - most);
+    if (leavesOut && at == mostFirst)
+      text += fmt::format("{}... {} more\n", indent, count - mostFirst - mostLast);
     ++at;
-    if (count > most && at > mostFirst && !isLast) continue;
+    if (leavesOut && at > mostFirst && !isLast) continue;
     line.clear();
     format->Add(line, entry);
     AppendIndented(text, line, indent);

@@ -69,7 +69,7 @@ void StatsText::PrintLane(const LaneStatistics& lane) {
           source.IdleName().empty() ? "unknown, no idle task is known" : "unknown");
   }
   if (!source.conventions.meanings.AreKnown()) {
-    Print(out_, "  jobs          by priorities alone, for --switches is unknown\n");
+    Print(out_, "  jobs          told by priorities alone: what the switches mean is unknown (--switches)\n");
   }
 }
 
