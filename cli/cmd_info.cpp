@@ -1,38 +1,37 @@
-// tasklog info: what TaskLog files hold, in short.
-#include "cmd_info.h"
-
+// tasklog info: what logs hold, in short.
+#include "commandline.h"
 #include "failure.h"
 #include "infoformat.h"
-#include "logsummary.h"
+#include "recording.h"
 #include "stdoutwriter.h"
 
 namespace cli {
 namespace {
 
 struct Options {
-  std::vector<std::string> files;
+  std::vector<std::string> logs;
   bool json = false;
 };
 
-void Show(StdoutWriter& out, const std::string& path, bool json, bool first) {
-  const tasklog::Log log = LoadLog(path);
+void Show(StdoutWriter& out, const Lane& lane, bool json, bool first) {
+  const LaneLog loaded = LoadLane(lane);
   if (json) {
     out.Print("{}", first ? "[\n" : ",\n");
-    AppendInfoJson(out.Block(), path, log);
+    AppendInfoJson(out.Block(), lane, loaded);
   } else {
     out.Print("{}", first ? "" : "\n");
-    AppendInfoText(out.Block(), path, log);
+    AppendInfoText(out.Block(), lane, loaded);
   }
 }
 
-// A file that cannot be read does not keep the others from being shown.
+// What cannot be read does not keep the rest from being shown.
 int Info(const Options& options) {
   StdoutWriter out;
   int exitCode = exitSuccess;
   bool first = true;
-  for (const std::string& path : options.files) {
+  for (const Lane& lane : FindLanes(options.logs)) {
     try {
-      Show(out, path, options.json, first);
+      Show(out, lane, options.json, first);
       first = false;
     } catch (const Failure& failure) {
       out.Finish();  // what was shown before comes before the message
@@ -47,17 +46,17 @@ int Info(const Options& options) {
 
 std::function<int()> Declare(CLI::App& app) {
   const auto options = std::make_shared<Options>();
-  app.add_option("FILE", options->files, "TaskLog files")->required()->type_name("");
-  app.add_flag("--json", options->json, "Print JSON: an array with one object for each file");
+  app.add_option("LOG", options->logs, "TaskLog files, or folders of recordings")->required()->type_name("");
+  app.add_flag("--json", options->json, "Print JSON: an array with one object for each log");
   return [options] { return Info(*options); };
 }
 
 }  // namespace
 
-const Command infoCommand{"info", "Show period, counts and categories of TaskLog files",
+const Command infoCommand{"info", "Show period, counts and categories of logs",
                           "Examples:\n"
                           "  tasklog info demo.tasklog\n"
-                          "  tasklog info --json demo-logs/*.tasklog",
+                          "  tasklog info --json demo-logs",
                           Declare};
 
 }  // namespace cli

@@ -1,6 +1,4 @@
-// tasklog list: the entries of a TaskLog file.
-#include "cmd_list.h"
-
+// tasklog list: the entries of logs.
 #include <fmt/format.h>
 #include <unistd.h>
 
@@ -9,9 +7,10 @@
 #include <optional>
 
 #include "args.h"
+#include "commandline.h"
 #include "failure.h"
 #include "listformat.h"
-#include "logsummary.h"
+#include "recording.h"
 #include "stdoutwriter.h"
 #include "suggest.h"
 #include "terminal.h"
@@ -24,7 +23,7 @@ constexpr std::uint64_t unlimited = std::numeric_limits<std::uint64_t>::max();
 
 // As typed.
 struct Options {
-  std::string file;
+  std::vector<std::string> logs;
   std::optional<std::string> task;
   std::vector<std::string> types;
   std::optional<std::string> from;
@@ -34,9 +33,9 @@ struct Options {
   std::optional<std::string> limit;
 };
 
-// As meant; all that can be judged without the file has been.
+// As meant; all that can be judged without the logs has been.
 struct Request {
-  std::string file;
+  std::vector<std::string> logs;
   std::optional<std::string> task;
   std::uint64_t types = 0;
   std::optional<TimePoint> from;
@@ -90,7 +89,7 @@ std::uint64_t CheckedLimit(const std::optional<std::string>& text) {
 
 Request Checked(const Options& options) {
   RequireOneOf("--format", options.format, {"text", "csv", "json"});
-  return {.file = options.file,
+  return {.logs = options.logs,
           .task = options.task,
           .types = TypesMask(options.types),
           .from = CheckedBound("--from", options.from),
@@ -99,64 +98,103 @@ Request Checked(const Options& options) {
           .style = {.format = options.format, .ticks = options.ticks, .colors = WantsColors(STDOUT_FILENO)}};
 }
 
-Failure ListingFailed(const Request& request, const std::string& why) {
-  return Failure("listing " + Quoted(request.file) + ": " + why);
-}
-
-std::uint64_t BoundTicks(const TimePoint& time, const Request& request, const tasklog::Log& log) {
+std::uint64_t BoundTicks(const TimePoint& time, const Lane& lane, const tasklog::Log& log) {
   if (time.ticks) return *time.ticks;
   if (log.TicksPerSecond() == 0) {
-    throw ListingFailed(request, "its tick rate is unknown, so --from and --to take only ticks");
+    throw Failure("listing " + Quoted(lane.shownAs) +
+                  ": its tick rate is unknown, so --from and --to take only ticks");
   }
   const std::uint64_t distance = time.sinceStart.Ticks(log.TicksPerSecond());
   const std::uint64_t most = std::numeric_limits<std::uint64_t>::max();
   return distance > most - log.StartTime() ? most : log.StartTime() + distance;
 }
 
-// Several tasks may share a name.
-std::vector<TLCategory> TasksNamed(const std::string& name, const Request& request, const tasklog::Log& log) {
-  std::vector<TLCategory> tasks;
-  std::vector<std::string> names;
-  for (const auto& task : log.Categories({.types = TL_CATS_TASKS})) {
-    if (name == task.Name()) tasks.push_back(task.Handle());
-    names.emplace_back(task.Name());
-  }
-  if (!tasks.empty()) return tasks;
-  throw ListingFailed(request, "it has no task " + Quoted(name) + Suggestion(name, names));
-}
+// Lists lane after lane. Text has a heading for each when there are several; CSV and JSON say the lane of
+// each entry.
+class Lister {
+ public:
+  explicit Lister(const Request& request) : request_(request), lanes_(FindLanes(request.logs)) {}
 
-Selection Select(const Request& request, const tasklog::Log& log) {
-  Selection selection;
-  if (request.from) selection.from = BoundTicks(*request.from, request, log);
-  if (request.to) selection.to = BoundTicks(*request.to, request, log);
-  if (selection.from > selection.to) throw UsageError("list: --from is later than --to");
-  if (request.task) selection.tasks = TasksNamed(*request.task, request, log);
-  return selection;
-}
+  void List() {
+    for (const Lane& lane : lanes_) ListLane(lane);
+    if (request_.task && !taskFound_) {
+      throw Failure("listing " + Quoted(request_.logs[0]) + ": it has no task " + Quoted(*request_.task) +
+                    Suggestion(*request_.task, tasksSeen_));
+    }
+    if (format_) format_->End(out_.Block());
+    out_.Finish();
+  }
+
+ private:
+  void ListLane(const Lane& lane) {
+    const LaneLog loaded = LoadLane(lane);
+    const auto selection = Select(lane, loaded.log);
+    if (!selection) return;
+    BeginLane(lane, loaded.log);
+    std::uint64_t left = request_.limit;  // of each lane
+    for (const auto& entry :
+         loaded.log.Entries({.types = request_.types, .from = selection->from, .to = selection->to})) {
+      if (left == 0) break;
+      if (!selection->Holds(entry)) continue;
+      --left;
+      ++listed_;
+      format_->Add(out_.Block(), entry);
+      out_.EndOfLine();
+    }
+  }
+
+  // Empty when the lane lacks the task.
+  std::optional<Selection> Select(const Lane& lane, const tasklog::Log& log) {
+    Selection selection;
+    if (request_.from) selection.from = BoundTicks(*request_.from, lane, log);
+    if (request_.to) selection.to = BoundTicks(*request_.to, lane, log);
+    if (selection.from > selection.to) throw UsageError("list: --from is later than --to");
+    if (!request_.task) return selection;
+    selection.tasks = TasksNamed(*request_.task, log);
+    taskFound_ = taskFound_ || !selection.tasks.empty();
+    return selection.tasks.empty() ? std::nullopt : std::optional(selection);
+  }
+
+  // Several tasks may share a name.
+  std::vector<TLCategory> TasksNamed(const std::string& name, const tasklog::Log& log) {
+    std::vector<TLCategory> tasks;
+    for (const auto& task : log.Categories({.types = TL_CATS_TASKS})) {
+      if (name == task.Name()) tasks.push_back(task.Handle());
+      tasksSeen_.emplace_back(task.Name());
+    }
+    return tasks;
+  }
+
+  void BeginLane(const Lane& lane, const tasklog::Log& log) {
+    const bool several = lanes_.size() > 1;
+    if (several && request_.style.format == "text") {
+      out_.Print("{}{}\n", format_ ? "\n" : "", SafeText(lane.shownAs));
+    }
+    ListStyle style = request_.style;
+    if (several) style.lane = lane.name;
+    style.continues = format_ != nullptr;
+    style.continuesEntries = listed_ > 0;
+    format_ = MakeEntryFormat(log, style);
+    format_->Begin(out_.Block());
+  }
+
+  const Request& request_;
+  std::vector<Lane> lanes_;
+  std::unique_ptr<EntryFormat> format_;
+  StdoutWriter out_;
+  std::uint64_t listed_ = 0;
+  bool taskFound_ = false;
+  std::vector<std::string> tasksSeen_;
+};
 
 int List(const Request& request) {
-  const tasklog::Log log = LoadLog(request.file);
-  const Selection selection = Select(request, log);
-  const auto format = MakeEntryFormat(log, request.style);
-  StdoutWriter out;
-  format->Begin(out.Block());
-  std::uint64_t left = request.limit;
-  for (const auto& entry :
-       log.Entries({.types = request.types, .from = selection.from, .to = selection.to})) {
-    if (left == 0) break;
-    if (!selection.Holds(entry)) continue;
-    --left;
-    format->Add(out.Block(), entry);
-    out.EndOfLine();
-  }
-  format->End(out.Block());
-  out.Finish();
+  Lister(request).List();
   return exitSuccess;
 }
 
 std::function<int()> Declare(CLI::App& app) {
   const auto options = std::make_shared<Options>();
-  app.add_option("FILE", options->file, "A TaskLog file")->required()->type_name("");
+  app.add_option("LOG", options->logs, "TaskLog files, or folders of recordings")->required()->type_name("");
   app.add_option("--task", options->task, "Only entries that concern this task or happened while it\nran")
       ->type_name("NAME");
   app.add_option("--type", options->types, "Only switch, event, testpoint or issue; may be repeated")
@@ -174,7 +212,7 @@ std::function<int()> Declare(CLI::App& app) {
 
 }  // namespace
 
-const Command listCommand{"list", "Show the entries of a TaskLog file in time order",
+const Command listCommand{"list", "Show the entries of logs in time order",
                           "Examples:\n"
                           "  tasklog list demo.tasklog --type issue\n"
                           "  tasklog list demo.tasklog --task Diagnosis --from 1.5s --to 1.52s\n"

@@ -1,7 +1,6 @@
 // tasklog record: from the controller into TaskLog files. The work is in session.cpp.
-#include "cmd_record.h"
-
 #include "args.h"
+#include "commandline.h"
 #include "failure.h"
 #include "session.h"
 #include "text.h"

@@ -1,6 +1,5 @@
 // tasklog start: starts a logger and leaves it running.
-#include "cmd_start.h"
-
+#include "commandline.h"
 #include "failure.h"
 #include "logger.h"
 #include "stdoutwriter.h"

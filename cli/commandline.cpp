@@ -8,10 +8,6 @@
 #include <algorithm>
 #include <iterator>
 
-#include "cmd_info.h"
-#include "cmd_list.h"
-#include "cmd_record.h"
-#include "cmd_start.h"
 #include "failure.h"
 #include "stdoutwriter.h"
 #include "suggest.h"
@@ -90,13 +86,17 @@ std::string Explained(const CLI::ParseError& error) {
   return text.substr(0, text.find(':')) + (tooMany ? " is given more than once" : " needs a value");
 }
 
-// CLI11 takes an argument of a list such as "[a,b]" apart. A path in brackets is meant as it is.
+// CLI11 takes an argument of a list such as "[a,b]" apart. A path in brackets is meant as it is; the value of
+// an option stays.
 void ProtectBrackets(const CLI::App& app, std::vector<std::string>& arguments) {
-  const auto options = app.get_options(
+  const auto lists = app.get_options(
       [](const CLI::Option* option) { return option->get_positional() && option->get_allow_extra_args(); });
-  if (options.empty()) return;
+  if (lists.empty()) return;
+  const CLI::Option* before = nullptr;
   for (std::string& argument : arguments) {
-    if (argument.starts_with('[') && argument.ends_with(']')) argument.insert(0, "./");
+    const bool isValue = before && before->get_items_expected_max() > 0;
+    before = isValue ? nullptr : app.get_option_no_throw(argument);
+    if (!isValue && argument.starts_with('[') && argument.ends_with(']')) argument.insert(0, "./");
   }
 }
 

@@ -8,7 +8,7 @@
 
 namespace cli {
 
-// One subcommand. Each has its pair of files cmd_<name> and a line in the table in commandline.cpp.
+// One subcommand: a file cmd_<name>.cpp and a line in the table in commandline.cpp.
 struct Command {
   const char* name;
   const char* summary;   // one line for the list of commands
@@ -17,6 +17,12 @@ struct Command {
   // the exit code.
   std::function<int()> (*declare)(CLI::App& app);
 };
+
+// docs/cli.md describes each.
+extern const Command startCommand;
+extern const Command recordCommand;
+extern const Command infoCommand;
+extern const Command listCommand;
 
 // Runs what the arguments (without the program's name) ask for; returns the exit code. Throws UsageError,
 // Failure and ClosedPipe.

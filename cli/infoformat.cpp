@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 #include <string_view>
+#include <utility>
 
 #include "logsummary.h"
 #include "text.h"
@@ -61,6 +62,27 @@ void PrintPeriod(Buffer& out, const tasklog::Log& log) {
   } else {
     Print(out, "\n  duration      {} ticks\n  tick rate     unknown\n", DurationTicks(log));
   }
+}
+
+std::uint64_t LostTicks(const std::vector<Gap>& gaps) {
+  std::uint64_t ticks = 0;
+  for (const Gap& gap : gaps) ticks += gap.to - gap.from;
+  return ticks;
+}
+
+// What `record` noted; nothing for a file that stands alone.
+void PrintRecording(Buffer& out, const Lane& lane, const LaneLog& loaded) {
+  if (lane.files.size() > 1) Print(out, "  files         {}\n", lane.files.size());
+  if (!loaded.gaps.empty()) {
+    const TimeFormat time(0, loaded.log.TicksPerSecond());
+    const std::uint64_t ticks = LostTicks(loaded.gaps);
+    const std::string length = time.HasSeconds() ? time.Length(ticks) + " s" : fmt::format("{} ticks", ticks);
+    Print(out, "  gaps          {}, {} in all\n", loaded.gaps.size(), length);
+  }
+  if (!loaded.metadata) return;
+  Print(out, "  recorded      from {}, {} to {}\n", Quoted(loaded.metadata->target),
+        SafeText(loaded.metadata->startedAt), SafeText(loaded.metadata->endedAt));
+  if (loaded.merged) Print(out, "  merged        {} loggers\n", loaded.metadata->loggers.size());
 }
 
 void PrintCounts(Buffer& out, const LogSummary& summary) {
@@ -140,12 +162,34 @@ void PrintJsonCategory(Buffer& out, const CategorySummary& summary) {
   Print(out, R"(,"entries":{}}})", summary.entries);
 }
 
+std::string TextOrNull(const std::string& text) { return text.empty() ? "null" : JsonString(text); }
+
+// ,"files":[...],"gaps":[...],"recording":{...}
+void PrintJsonRecording(Buffer& out, const Lane& lane, const LaneLog& loaded) {
+  const char* separator = "";
+  out.append(std::string_view(R"(,"files":[)"));
+  for (const std::string& file : lane.files)
+    Print(out, "{}{}", std::exchange(separator, ","), JsonString(file));
+  out.append(std::string_view(R"(],"gaps":[)"));
+  separator = "";
+  for (const Gap& gap : loaded.gaps) {
+    Print(out, R"({}{{"fromTicks":"{}","toTicks":"{}"}})", std::exchange(separator, ","), gap.from, gap.to);
+  }
+  out.append(std::string_view(R"(],"recording":)"));
+  if (!loaded.metadata) return out.append(std::string_view("null"));
+  const Metadata& metadata = *loaded.metadata;
+  Print(out, R"({{"target":{},"startedAt":{},"endedAt":{},"switches":{},"idleTask":{},"merged":{}}})",
+        JsonString(metadata.target), JsonString(metadata.startedAt), JsonString(metadata.endedAt),
+        TextOrNull(loaded.switches), TextOrNull(loaded.idleTask), loaded.merged);
+}
+
 }  // namespace
 
-void AppendInfoText(Buffer& out, const std::string& path, const tasklog::Log& log) {
-  const LogSummary summary = Summarize(log);
-  Print(out, "{}\n", SafeText(path));
-  PrintPeriod(out, log);
+void AppendInfoText(Buffer& out, const Lane& lane, const LaneLog& loaded) {
+  const LogSummary summary = Summarize(loaded.log);
+  Print(out, "{}\n", SafeText(lane.shownAs));
+  PrintPeriod(out, loaded.log);
+  PrintRecording(out, lane, loaded);
   PrintCounts(out, summary);
   const std::size_t nameWidth = NameWidth(summary);
   for (const ETLCatType kind : {TLCatTask, TLCatTestpoint, TLCatTimingIssue}) {
@@ -153,10 +197,10 @@ void AppendInfoText(Buffer& out, const std::string& path, const tasklog::Log& lo
   }
 }
 
-void AppendInfoJson(Buffer& out, const std::string& path, const tasklog::Log& log) {
-  const LogSummary summary = Summarize(log);
-  Print(out, R"({{"file":{})", JsonString(path));
-  PrintJsonPeriod(out, log);
+void AppendInfoJson(Buffer& out, const Lane& lane, const LaneLog& loaded) {
+  const LogSummary summary = Summarize(loaded.log);
+  Print(out, R"({{"file":{})", JsonString(lane.shownAs));
+  PrintJsonPeriod(out, loaded.log);
   Print(out, R"(,"entries":{},"entriesByType":)", summary.entries);
   PrintJsonCounts(out, typeKeys, summary.entriesByType);
   out.append(std::string_view(R"(,"categoriesByKind":)"));
@@ -166,7 +210,9 @@ void AppendInfoJson(Buffer& out, const std::string& path, const tasklog::Log& lo
     if (i > 0) out.push_back(',');
     PrintJsonCategory(out, summary.categories[i]);
   }
-  out.append(std::string_view("]}"));
+  out.push_back(']');
+  if (loaded.metadata || lane.files.size() > 1) PrintJsonRecording(out, lane, loaded);
+  out.push_back('}');
 }
 
 }  // namespace cli

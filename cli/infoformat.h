@@ -3,14 +3,13 @@
 
 #include <fmt/format.h>
 
-#include <string>
-#include <tasklog/tasklog.hpp>
+#include "recording.h"
 
 namespace cli {
 
-void AppendInfoText(fmt::memory_buffer& out, const std::string& path, const tasklog::Log& log);
+void AppendInfoText(fmt::memory_buffer& out, const Lane& lane, const LaneLog& loaded);
 
 // One JSON object, without a line break at its end.
-void AppendInfoJson(fmt::memory_buffer& out, const std::string& path, const tasklog::Log& log);
+void AppendInfoJson(fmt::memory_buffer& out, const Lane& lane, const LaneLog& loaded);
 
 }  // namespace cli

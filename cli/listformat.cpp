@@ -20,11 +20,6 @@ constexpr std::size_t mostTypes = 16;
 
 void Append(Buffer& out, std::string_view text) { out.append(text); }
 
-void AppendNumber(Buffer& out, std::uint64_t number) {
-  const fmt::format_int digits(number);
-  out.append(digits.data(), digits.data() + digits.size());
-}
-
 // What is printed for each category of a log, made once.
 class Labels {
  public:
@@ -148,15 +143,20 @@ class CsvFormat : public EntryFormat {
   CsvFormat(const tasklog::Log& log, const ListStyle& style)
       : time_(log.StartTime(), log.TicksPerSecond()),
         secondsColumn_(!style.ticks),
+        continues_(style.continues),
+        laneHeader_(style.lane.empty() ? "\r\n" : ",lane\r\n"),
+        lane_(style.lane.empty() ? "\r\n" : "," + CsvField(style.lane) + "\r\n"),
         types_(TypeLabels([](ETLLogType type) { return fmt::format(",{},{},", TypeName(type), type); })),
         categories_(log, ",", [](const tasklog::Category& c) {
           return fmt::format("{},{}", CsvField(c.Name()), c.Id());
         }) {}
 
   void Begin(Buffer& out) override {
+    if (continues_) return;
     Append(out, "ticks,");
     if (secondsColumn_) Append(out, "seconds,");
-    Append(out, "type,code,subject,subject_id,running,running_id\r\n");
+    Append(out, "type,code,subject,subject_id,running,running_id");
+    Append(out, laneHeader_);
   }
 
   void Add(Buffer& out, const tasklog::Entry& entry) override {
@@ -167,7 +167,7 @@ class CsvFormat : public EntryFormat {
     Append(out, categories_.Of(entry, 0));
     out.push_back(',');
     Append(out, categories_.Of(entry, 1));
-    Append(out, "\r\n");
+    Append(out, lane_);
   }
 
   void End(Buffer&) override {}
@@ -175,6 +175,9 @@ class CsvFormat : public EntryFormat {
  private:
   TimeFormat time_;
   bool secondsColumn_;
+  bool continues_;
+  std::string_view laneHeader_;
+  std::string lane_;
   std::array<std::string, mostTypes> types_;
   Labels categories_;
 };
@@ -184,6 +187,9 @@ class JsonFormat : public EntryFormat {
   JsonFormat(const tasklog::Log& log, const ListStyle& style)
       : time_(log.StartTime(), log.TicksPerSecond()),
         secondsKey_(!style.ticks),
+        continues_(style.continues),
+        lane_(style.lane.empty() ? "}" : R"(,"lane":)" + JsonString(style.lane) + "}"),
+        first_(!style.continuesEntries),
         types_(TypeLabels(
             [](ETLLogType type) { return fmt::format(R"(,"type":"{}","code":{})", TypeName(type), type); })),
         subjects_(log, R"(,"subject":null,"subjectId":null)",
@@ -191,7 +197,7 @@ class JsonFormat : public EntryFormat {
         running_(log, R"(,"running":null,"runningId":null)",
                  [](const tasklog::Category& c) { return Keys("running", c); }) {}
 
-  void Begin(Buffer& out) override { out.push_back('['); }
+  void Begin(Buffer& out) override { Append(out, continues_ ? "" : "["); }
 
   void Add(Buffer& out, const tasklog::Entry& entry) override {
     Append(out, std::exchange(first_, false) ? "\n{\"ticks\":\"" : ",\n{\"ticks\":\"");
@@ -201,7 +207,7 @@ class JsonFormat : public EntryFormat {
     Append(out, types_[entry.Type() % mostTypes]);
     Append(out, subjects_.Of(entry, 0));
     Append(out, running_.Of(entry, 1));
-    out.push_back('}');
+    Append(out, lane_);
   }
 
   void End(Buffer& out) override { Append(out, first_ ? "]\n" : "\n]\n"); }
@@ -219,10 +225,12 @@ class JsonFormat : public EntryFormat {
 
   TimeFormat time_;
   bool secondsKey_;
+  bool continues_;
+  std::string lane_;
+  bool first_;
   std::array<std::string, mostTypes> types_;
   Labels subjects_;
   Labels running_;
-  bool first_ = true;
 };
 
 }  // namespace

@@ -10,12 +10,17 @@
 namespace cli {
 
 struct ListStyle {
-  std::string format;   // "text", "csv" or "json"
-  bool ticks = false;   // raw ticks in place of seconds
-  bool colors = false;  // of text
+  std::string format;     // "text", "csv" or "json"
+  bool ticks = false;     // raw ticks in place of seconds
+  bool colors = false;    // of text
+  std::string lane = {};  // of several, in CSV and JSON; empty: there is only one
+  // Lanes were listed before this one, and entries of them.
+  bool continues = false;
+  bool continuesEntries = false;
 };
 
-// Formats the entries of one log, one after the other, and allocates nothing while it does.
+// Formats the entries of one log, one after the other, and allocates nothing while it does. Each lane begins,
+// the last one ends.
 class EntryFormat {
  public:
   virtual ~EntryFormat() = default;
@@ -24,7 +29,7 @@ class EntryFormat {
   virtual void End(fmt::memory_buffer& out) = 0;
 };
 
-// `log` must outlive the format and stay as it is. Seconds are left out when its tick rate is unknown.
+// `log` must stay as it is while entries are added. Seconds are left out when its tick rate is unknown.
 std::unique_ptr<EntryFormat> MakeEntryFormat(const tasklog::Log& log, const ListStyle& style);
 
 }  // namespace cli

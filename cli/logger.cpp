@@ -28,10 +28,9 @@ Logger ParseLogger(const std::string& value) {
 
 // Asks for no more than the size of the logger's buffer: the append is cut off behind that answer.
 bool HasLogger(const std::string& target, Logger logger) {
-  constexpr double sizeKnown = 0.02;
   tasklog::Log scratch;
-  const tasklog::Status status =
-      scratch.AppendFromTarget(target, logger.kernel, [](double fraction) { return fraction < sizeKnown; });
+  const tasklog::Status status = scratch.AppendFromTarget(
+      target, logger.kernel, [](double fraction) { return fraction < ringSizeKnown; });
   if (status || status.Code() == TLErrCanceled) return true;
   if (status.Code() == noSuchVariable) return false;
   throw Failure("looking for " + logger.DescribedOn(target), status);

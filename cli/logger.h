@@ -10,6 +10,11 @@ namespace cli {
 // The code with which the target-access library says that a target has no variable of that name.
 inline constexpr std::uint32_t noSuchVariable = 0x50201;
 
+// What an append from a target has done when it reports these fractions; docs/embedding.md, Progress.
+inline constexpr double ringSizeKnown = 0.02;
+inline constexpr double ringTransferred = 0.75;
+inline constexpr double appendCompleted = 1.0;
+
 struct Logger {
   std::int32_t kernel = tasklog::schedulerLogger;
 

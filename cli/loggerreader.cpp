@@ -9,14 +9,12 @@ const tasklog::EntryFilter everyType{.types = UINT64_MAX};
 class RecordCounter {
  public:
   void Report(double fraction) {
-    constexpr double transferred = 0.75;
-    constexpr double finished = 1.0;
-    if (fraction >= finished) {
+    if (fraction >= appendCompleted) {
       completed_ = true;
     } else if (transferred_) {
       ++records_;
     } else {
-      transferred_ = fraction >= transferred;
+      transferred_ = fraction >= ringTransferred;
     }
   }
   bool Completed() const { return completed_; }

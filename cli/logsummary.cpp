@@ -18,7 +18,6 @@ namespace {
 std::string SystemReason(const std::string& path) {
   struct stat found {};
   if (::stat(path.c_str(), &found) != 0) return std::strerror(errno);
-  if (S_ISDIR(found.st_mode)) return "it is a folder; name the files in it";
   return ::access(path.c_str(), R_OK) != 0 ? std::strerror(errno) : "";
 }
 
@@ -51,11 +50,9 @@ LogSummary Summarize(const tasklog::Log& log) {
   return summary;
 }
 
-tasklog::Log LoadLog(const std::string& path) {
-  tasklog::Log log;
+void LoadInto(tasklog::Log& log, const std::string& path, const std::string& shownPath) {
   const tasklog::Status status = log.AppendFromFile(path);
-  if (!status) throw Failure("reading " + Quoted(path), status, Hint(status, path));
-  return log;
+  if (!status) throw Failure("reading " + Quoted(shownPath), status, Hint(status, path));
 }
 
 const char* TypeName(ETLLogType type) {

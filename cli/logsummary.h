@@ -26,8 +26,9 @@ struct LogSummary {
 
 LogSummary Summarize(const tasklog::Log& log);
 
-// Throws Failure, with what the system says when the file cannot be opened.
-tasklog::Log LoadLog(const std::string& path);
+// Adds the file at `path`, which messages call `shownPath`. Throws Failure, with what the system says when
+// the file cannot be opened.
+void LoadInto(tasklog::Log& log, const std::string& path, const std::string& shownPath);
 
 // "switch", "event", "testpoint" or "issue": as --type takes them.
 const char* TypeName(ETLLogType type);

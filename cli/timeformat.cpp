@@ -11,11 +11,6 @@ constexpr int fewestDecimals = 6;
 // 10^19 is the largest power of ten in 64 bits.
 constexpr int mostDecimals = 19;
 
-void AppendNumber(fmt::memory_buffer& out, std::uint64_t number) {
-  const fmt::format_int digits(number);
-  out.append(digits.data(), digits.data() + digits.size());
-}
-
 // `number` with leading zeros to `width` digits.
 void AppendPadded(fmt::memory_buffer& out, std::uint64_t number, int width) {
   char digits[mostDecimals];
@@ -24,6 +19,11 @@ void AppendPadded(fmt::memory_buffer& out, std::uint64_t number, int width) {
 }
 
 }  // namespace
+
+void AppendNumber(fmt::memory_buffer& out, std::uint64_t number) {
+  const fmt::format_int digits(number);
+  out.append(digits.data(), digits.data() + digits.size());
+}
 
 TimeFormat::TimeFormat(std::uint64_t startTicks, std::uint64_t ticksPerSecond)
     : start_(startTicks), rate_(ticksPerSecond), decimals_(fewestDecimals), scale_(1'000'000) {

@@ -8,6 +8,9 @@
 
 namespace cli {
 
+// In decimal digits, at several times the speed of a format string.
+void AppendNumber(fmt::memory_buffer& out, std::uint64_t number);
+
 // Prints as many decimals as tell two neighbouring ticks apart, at least six, the last one rounded. A time
 // typed as it was printed is therefore the same tick again.
 class TimeFormat {

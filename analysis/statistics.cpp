@@ -1,0 +1,66 @@
+#include "statistics.h"
+
+namespace analysis {
+
+std::string_view NameOf(Quantity quantity) {
+  static constexpr std::string_view names[] = {"execution", "response", "startLatency", "activationInterval",
+                                               "run"};
+  return names[static_cast<std::size_t>(quantity)];
+}
+
+Statistics::Statistics(const Lane& lane, TaskIndex idle)
+    : Visitor(runs | jobs | beginnings | marks),
+      tasks_(lane.Tasks().size()),
+      idle_(idle),
+      coveredTicks_(lane.CoveredTicks()) {}
+
+void Statistics::OnRun(const Run& run) {
+  switches_ += !run.cutEnd;
+  if (run.task == noTask) {
+    unknownTicks_ += run.Length();
+    return;
+  }
+  TaskStatistics& task = tasks_[run.task];
+  task.loadTicks += run.Length();
+  if (run.IsWhole()) task.Of(Quantity::run).Add(run.Length(), run.begin);
+}
+
+void Statistics::OnJob(const Job& job) {
+  TaskStatistics& task = tasks_[job.task];
+  if (job.hasInterval) task.Of(Quantity::activationInterval).Add(job.interval, job.activation);
+  if (!job.IsWhole()) {
+    ++task.cut;
+    return;
+  }
+  ++task.jobs;
+  task.askedEarlier += job.askedEarlier;
+  task.preemptions += job.preemptions;
+  task.slices += job.slices;
+  task.waits += job.waits;
+  task.Of(Quantity::execution).Add(job.execution, job.activation);
+  task.Of(Quantity::response).Add(job.Response(), job.activation);
+  task.Of(Quantity::startLatency).Add(job.StartLatency(), job.activation);
+}
+
+void Statistics::OnDropped(const Job& job) { ++tasks_[job.task].dropped; }
+
+void Statistics::OnMark(const Mark& mark) {
+  if (mark.running == noTask) return;
+  TaskStatistics& task = tasks_[mark.running];
+  task.testpoints += mark.type == TLLogTestpoint;
+  task.issues += mark.type == TLLogTimingIssue;
+}
+
+Ticks Statistics::KnownTicks() const { return coveredTicks_ - unknownTicks_; }
+
+std::optional<double> Statistics::LoadOf(TaskIndex task) const {
+  if (KnownTicks() == 0) return std::nullopt;
+  return static_cast<double>(tasks_[task].loadTicks) / static_cast<double>(KnownTicks());
+}
+
+std::optional<double> Statistics::Busy() const {
+  const std::optional<double> idle = idle_ == noTask ? std::nullopt : LoadOf(idle_);
+  return idle ? std::optional<double>(1 - *idle) : std::nullopt;
+}
+
+}  // namespace analysis

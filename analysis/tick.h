@@ -1,0 +1,70 @@
+// Reads a lane tick by tick: what several records of one tick mean does not depend on their order.
+#pragma once
+
+#include <vector>
+
+#include "cursor.h"
+
+namespace analysis {
+
+inline bool IsSwitch(ETLLogType type) { return (TL_LOGS_SWITCHES >> type) & 1; }
+
+// An entry of types 0 to 7.
+struct Record {
+  TLEntry entry;
+  SubjectIndex subject;  // in slot 0; of a mark only where marks are wanted
+  ETLLogType type;
+};
+
+// All entries of one time.
+struct Tick {
+  Ticks time = 0;
+  std::vector<Record> records;
+  std::size_t switches = 0;
+  std::size_t events = 0;
+};
+
+class TickReader {
+ public:
+  TickReader(const Lane& lane, bool withMarkSubjects);
+
+  // False behind the last tick.
+  bool Next(Tick& tick);
+  SubjectIndex RunningAt(const Record& record) const { return cursor_.SlotOf(record.entry, 1); }
+
+ private:
+  void Take(Tick& tick);
+
+  Cursor cursor_;
+  bool withMarkSubjects_;
+  bool hasNext_;
+};
+
+// A switch, as far as it tells who ran before it.
+struct SwitchSlots {
+  SubjectIndex subject;
+  SubjectIndex running;
+};
+
+// Looks ahead of the walk for the next later tick that has switches. It only moves forward, and only when it
+// is asked, so that all questions together cost one pass over the switches.
+class Lookahead {
+ public:
+  explicit Lookahead(const Lane& lane);
+
+  // Those of the first tick behind `time` that has any. `time` never goes back.
+  const std::vector<SwitchSlots>& Behind(Ticks time);
+  // Those of the first tick of all that has any, and when that is; asked before Behind().
+  const std::vector<SwitchSlots>& First() const { return switches_; }
+  Ticks FirstTime() const { return time_; }
+
+ private:
+  void ReadTick();
+
+  Cursor cursor_;
+  bool hasNext_;
+  Ticks time_ = 0;
+  std::vector<SwitchSlots> switches_;  // empty behind the last tick
+};
+
+}  // namespace analysis

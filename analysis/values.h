@@ -1,0 +1,78 @@
+// A series of numbers, kept whole: exact statistics and comparisons need all of them.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace analysis {
+
+// Statistics of a series; without values all but `count` mean nothing. Percentiles are by nearest rank: the
+// smallest value that at least p % of the values do not exceed.
+struct Summary {
+  std::uint64_t count = 0;
+  std::uint64_t min = 0;
+  std::uint64_t max = 0;
+  double mean = 0;
+  double stddev = 0;  // divisor `count`
+  std::uint64_t p50 = 0;
+  std::uint64_t p95 = 0;
+  std::uint64_t p99 = 0;
+  std::uint64_t p999 = 0;
+  std::uint64_t maxAt = 0;  // when the first value that is the largest was seen, in ticks
+};
+
+// Values in the order in which they came. One takes 4 bytes, from 2^32 - 1 on 12.
+class Values {
+ public:
+  // `at` is kept of the first largest value alone.
+  void Add(std::uint64_t value, std::uint64_t at) {
+    if (value > max_ || count_ == 0) {
+      max_ = value;
+      maxAt_ = at;
+    }
+    if (next_ == end_) AddBlock();
+    if (value >= large) AddLarge(value);
+    *next_++ = value < large ? static_cast<std::uint32_t>(value) : large;
+    ++count_;
+  }
+
+  std::uint64_t Count() const { return count_; }
+  std::uint64_t Max() const { return max_; }
+  std::uint64_t MaxAt() const { return maxAt_; }
+  Summary Summarize() const;
+  // By nearest rank, of `percent` above 0 and up to 100; there must be values.
+  std::uint64_t Percentile(double percent) const;
+  std::vector<std::uint64_t> Sorted() const;
+
+  // In order. `use` takes a std::uint64_t.
+  template <class Use>
+  void ForEach(Use use) const {
+    std::size_t nextLarge = 0;
+    for (const Block& block : blocks_) {
+      const std::uint32_t* end = &block == &blocks_.back() ? next_ : block.values.get() + block.size;
+      for (const std::uint32_t* value = block.values.get(); value != end; ++value)
+        use(*value == large ? large_[nextLarge++] : std::uint64_t{*value});
+    }
+  }
+
+ private:
+  static constexpr std::uint32_t large = UINT32_MAX;  // stands for a value in `large_`
+
+  struct Block {
+    std::unique_ptr<std::uint32_t[]> values;
+    std::size_t size;
+  };
+  void AddBlock();
+  void AddLarge(std::uint64_t value) { large_.push_back(value); }
+
+  std::vector<Block> blocks_;
+  std::vector<std::uint64_t> large_;
+  std::uint32_t* next_ = nullptr;
+  std::uint32_t* end_ = nullptr;
+  std::uint64_t count_ = 0;
+  std::uint64_t max_ = 0;
+  std::uint64_t maxAt_ = 0;
+};
+
+}  // namespace analysis

@@ -1,0 +1,206 @@
+#include "recording.h"
+
+#include <fmt/format.h>
+#include <fnmatch.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <sstream>
+#include <stdexcept>
+
+#include "failure.h"
+#include "segments.h"
+#include "text.h"
+
+namespace cli {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::string_view extension = ".tasklog";
+
+std::string ReadMetadata(const std::string& path) {
+  constexpr std::uintmax_t largest = 256 << 20;
+  if (!fs::is_regular_file(path)) throw std::runtime_error("it is not a regular file");
+  if (fs::file_size(path) > largest) throw std::runtime_error("it is too large");
+  std::ostringstream text;
+  text << std::ifstream(path, std::ios::binary).rdbuf();
+  return text.str();
+}
+
+// What lies at each path where metadata was looked for, so that what is damaged is told once.
+class MetadataCache {
+ public:
+  std::shared_ptr<const Metadata> At(const std::string& path) {
+    const auto [place, isNew] = known_.try_emplace(path);
+    if (isNew) place->second = Read(path);
+    return place->second;
+  }
+
+ private:
+  static std::shared_ptr<const Metadata> Read(const std::string& path) {
+    try {
+      std::error_code error;
+      if (!fs::exists(path, error)) return nullptr;
+      return std::make_shared<Metadata>(ParseMetadata(ReadMetadata(path)));
+    } catch (const std::runtime_error& error) {  // also those of the file system
+      PrintWarning(fmt::format("{}: not usable as metadata, the logs are read without: {}", Quoted(path),
+                               SafeText(error.what())));
+      return nullptr;
+    }
+  }
+
+  std::map<std::string, std::shared_ptr<const Metadata>> known_;
+};
+
+const RecordedLogger* LoggerOf(const Metadata& metadata, const std::string& fileName) {
+  for (const RecordedLogger& logger : metadata.loggers) {
+    const auto& files = logger.files;
+    const auto isIt = [&](const RecordedFile& file) { return file.name == fileName; };
+    if (std::any_of(files.begin(), files.end(), isIt)) return &logger;
+  }
+  return nullptr;
+}
+
+class Finder {
+ public:
+  void Add(const std::string& argument) {
+    std::error_code error;
+    if (fs::is_directory(argument, error)) return AddFolder(argument);
+    AddFile(argument);
+  }
+  std::vector<Lane> Take() { return std::move(lanes_); }
+
+ private:
+  void AddFolder(const std::string& folder) {
+    if (const auto metadata = metadata_.At(MetadataOfFolder(folder))) return AddRecording(folder, metadata);
+    std::vector<std::string> names;
+    std::error_code error;
+    for (const auto& item : fs::directory_iterator(folder, error)) {
+      const std::string name = item.path().filename().string();
+      if (name.ends_with(extension) && !name.starts_with('.')) names.push_back(name);
+    }
+    std::sort(names.begin(), names.end());
+    for (const std::string& name : names) AddFile((fs::path(folder) / name).string());
+    if (names.empty()) lanes_.push_back({.name = folder, .shownAs = folder});
+  }
+
+  // The files that the metadata names are the recording, whatever else lies in the folder. A file that is
+  // missing was let go, or not finished when the recording was killed.
+  void AddRecording(const std::string& folder, const std::shared_ptr<const Metadata>& metadata) {
+    for (const RecordedLogger& logger : metadata->loggers) {
+      Lane lane{logger.name, (fs::path(folder) / logger.name).string(), {}, metadata, &logger};
+      for (const RecordedFile& file : logger.files) {
+        const fs::path path = fs::path(folder) / fs::path(file.name).filename();
+        std::error_code error;
+        if (fs::exists(path, error)) lane.files.push_back(path.string());
+      }
+      if (lane.files.size() == 1) lane.shownAs = lane.files.front();
+      lanes_.push_back(std::move(lane));
+    }
+  }
+
+  void AddFile(const std::string& path) {
+    Lane lane{StemOf(path), path, {path}, metadata_.At(MetadataOfFile(path)), nullptr};
+    if (lane.metadata && lane.metadata->loggers.size() == 1) lane.logger = &lane.metadata->loggers.front();
+    if (!lane.metadata) UseMetadataOfFolder(lane);
+    if (SegmentNumber(path) && JoinLane(lane)) return;
+    lanes_.push_back(std::move(lane));
+  }
+
+  void UseMetadataOfFolder(Lane& lane) {
+    const fs::path path(lane.files.front());
+    const auto metadata = metadata_.At(MetadataOfFolder(path.parent_path().string()));
+    if (!metadata) return;
+    lane.logger = LoggerOf(*metadata, path.filename().string());
+    if (lane.logger) lane.metadata = metadata;
+  }
+
+  // Puts a segment into the lane that has others of its name; false when there is none yet.
+  bool JoinLane(const Lane& lane) {
+    const std::string& path = lane.files.front();
+    const auto [place, isFirst] = segmentLanes_.try_emplace(PathStemOf(path), lanes_.size());
+    if (isFirst) return false;
+    Lane& other = lanes_[place->second];
+    const auto behind = [](const std::string& a, const std::string& b) {
+      return SegmentNumber(a) < SegmentNumber(b);
+    };
+    const auto at = std::upper_bound(other.files.begin(), other.files.end(), path, behind);
+    if (at == other.files.begin() || *std::prev(at) != path) other.files.insert(at, path);
+    if (other.files.size() > 1) other.shownAs = PathStemOf(path);
+    return true;
+  }
+
+  MetadataCache metadata_;
+  std::vector<Lane> lanes_;
+  std::map<std::string, std::size_t> segmentLanes_;
+};
+
+// Metadata is matched to files by names alone, so a file that was replaced since shows by its period.
+bool Describes(const RecordedLogger& logger, const std::string& path, const Period& period) {
+  const std::string name = fs::path(path).filename().string();
+  for (const RecordedFile& file : logger.files) {
+    if (file.name == name || logger.files.size() == 1) return file.period == period;
+  }
+  return false;
+}
+
+// The task of lowest priority that the pattern names.
+std::string IdleTaskOf(const tasklog::Log& log, const std::string& pattern) {
+  std::optional<tasklog::Category> idle;
+  for (const auto& task : log.Categories({.types = TL_CATS_TASKS})) {
+    if (::fnmatch(pattern.c_str(), task.Name(), 0) != 0) continue;
+    if (!idle || task.Priority() < idle->Priority()) idle = task;
+  }
+  return idle ? idle->Name() : "";
+}
+
+void AddGaps(std::vector<Gap>& gaps, const std::vector<Gap>& more, const Period& period) {
+  for (const Gap& gap : more) {
+    if (gap.from < period.stop && gap.to > period.start) gaps.push_back(gap);
+  }
+  std::sort(gaps.begin(), gaps.end(), [](const Gap& a, const Gap& b) { return a.from < b.from; });
+  gaps.erase(std::unique(gaps.begin(), gaps.end()), gaps.end());
+}
+
+void UseMetadata(const Lane& lane, const std::vector<Period>& periods, LaneLog& loaded) {
+  if (!lane.metadata) return;
+  const RecordedLogger& logger = lane.logger ? *lane.logger : lane.metadata->loggers.at(0);
+  for (std::size_t i = 0; i < lane.files.size(); ++i) {
+    if (Describes(logger, lane.files[i], periods[i])) continue;
+    return PrintWarning("the metadata beside " + Quoted(lane.files[i]) +
+                        " was written for another file of this name and is not used");
+  }
+  loaded.metadata = lane.metadata;
+  loaded.switches = lane.metadata->switches;
+  loaded.idleTask = IdleTaskOf(loaded.log, lane.metadata->idleTask);
+  loaded.merged = lane.metadata->merged && lane.metadata->loggers.size() > 1;
+  AddGaps(loaded.gaps, logger.gaps, {loaded.log.StartTime(), loaded.log.StopTime()});
+}
+
+}  // namespace
+
+std::vector<Lane> FindLanes(const std::vector<std::string>& arguments) {
+  Finder finder;
+  for (const std::string& argument : arguments) finder.Add(argument);
+  return finder.Take();
+}
+
+LaneLog LoadLane(const Lane& lane) {
+  if (lane.files.empty()) {
+    throw Failure(
+        fmt::format("reading {}: no TaskLog files (*{}) are there", Quoted(lane.shownAs), extension));
+  }
+  JoinedFiles joined = JoinFiles(lane.files);
+  LaneLog loaded{.log = std::move(joined.log), .gaps = std::move(joined.gaps)};
+  UseMetadata(lane, joined.periods, loaded);
+  return loaded;
+}
+
+std::string MetadataOfFile(const std::string& path) { return path + ".json"; }
+
+std::string MetadataOfFolder(const std::string& path) { return (fs::path(path) / "recording.json").string(); }
+
+}  // namespace cli

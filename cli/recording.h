@@ -1,0 +1,51 @@
+// What the arguments of a command stand for. Each is a TaskLog file or the folder of a recording; either way
+// a command gets lanes: each is the log of one logger, whose files may be several where `record --split`
+// wrote segments. What `record` noted beside the files (metadata.h) is found here, and never needed.
+//
+//   for (const Lane& lane : FindLanes(options.files)) {
+//     const LaneLog loaded = LoadLane(lane);
+//     ... loaded.log, loaded.gaps, loaded.switches, loaded.idleTask
+//   }
+//
+// A name such as kernel1.0002.tasklog is that of a segment: segments of one name in one folder are one lane.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <tasklog/tasklog.hpp>
+#include <vector>
+
+#include "metadata.h"
+
+namespace cli {
+
+struct Lane {
+  std::string name = {};                // "kernel1"; without metadata that of the file
+  std::string shownAs;                  // in output and messages: the file as typed, or FOLDER/kernel1
+  std::vector<std::string> files = {};  // paths in order; those of a folder that holds no logs are none
+  std::shared_ptr<const Metadata> metadata = {};  // null: there is none, or it is damaged
+  const RecordedLogger* logger = nullptr;         // in `metadata`; null also for a file of several loggers
+};
+
+struct LaneLog {
+  tasklog::Log log;
+  std::vector<Gap> gaps = {};  // in order, those between the files included
+  std::string switches = {};   // what types of switches mean, as --switches takes it; empty: unknown
+  std::string idleTask = {};   // a task of the log; empty: unknown
+  bool merged = false;         // several loggers are in it, which no entry says: no lane for an analysis
+  std::shared_ptr<const Metadata> metadata = {};  // null: there is none that belongs to the files
+};
+
+// The lanes of all arguments, in order. Damaged metadata is one warning, and the lanes are found without it.
+// A file or folder that cannot be read is a lane, too: loading it fails.
+std::vector<Lane> FindLanes(const std::vector<std::string>& arguments);
+
+// Reads the files of a lane. What two of them share counts once; what lies between two is a gap. Metadata
+// that was written for other files of these names is one warning. Throws Failure.
+LaneLog LoadLane(const Lane& lane);
+
+// The file beside `path`, or in the folder `path`, that holds the metadata.
+std::string MetadataOfFile(const std::string& path);
+std::string MetadataOfFolder(const std::string& path);
+
+}  // namespace cli

@@ -1,0 +1,142 @@
+// Segments are joined by cutting: of two that overlap the earlier one is read up to its last tick, without
+// it, and the later one from there on. All ticks before the cut are then complete in the one, all behind it
+// in the other: a segment's last tick may have got more entries later, its first may have lost some.
+#include "segments.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <limits>
+
+#include "args.h"
+#include "failure.h"
+#include "filecut.h"
+#include "logsummary.h"
+#include "text.h"
+
+namespace cli {
+namespace {
+
+constexpr std::string_view extension = ".tasklog";
+constexpr std::size_t fewestDigits = 4;
+constexpr std::uint64_t unbounded = std::numeric_limits<std::uint64_t>::max();
+
+// Splits "kernel1.0002.tasklog" into "kernel1" and "0002"; the number is empty for other names.
+std::pair<std::string_view, std::string_view> Split(std::string_view path) {
+  if (!path.ends_with(extension)) return {path, {}};
+  path.remove_suffix(extension.size());
+  const std::size_t dot = path.find_last_not_of("0123456789");
+  const bool numbered = dot != path.npos && path[dot] == '.' && path.size() - dot > fewestDigits;
+  if (!numbered) return {path, {}};
+  return {path.substr(0, dot), path.substr(dot + 1)};
+}
+
+// At most `most` bytes of a file.
+std::string ReadBytes(const std::string& path, std::uintmax_t most) {
+  std::error_code error;
+  const std::uintmax_t size = std::min(std::filesystem::file_size(path, error), most);
+  if (error) throw Failure::System("reading " + Quoted(path), error.value());
+  std::string bytes(size, '\0');
+  std::ifstream file(path, std::ios::binary);
+  file.read(bytes.data(), static_cast<std::streamsize>(size));
+  if (!file) throw Failure::System("reading " + Quoted(path), errno != 0 ? errno : EIO);
+  return bytes;
+}
+
+// A file without a place, for the library to read.
+class MemoryFile {
+ public:
+  explicit MemoryFile(std::string_view bytes) : fd_(::memfd_create("tasklog", MFD_CLOEXEC)) {
+    while (fd_ >= 0 && !bytes.empty()) {
+      const ssize_t written = ::write(fd_, bytes.data(), bytes.size());
+      if (written < 0 && errno != EINTR) throw Failure::System("joining segments in memory", errno);
+      bytes.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(written, 0)));
+    }
+    if (fd_ < 0) throw Failure::System("joining segments in memory", errno);
+  }
+  MemoryFile(const MemoryFile&) = delete;
+  MemoryFile& operator=(const MemoryFile&) = delete;
+  ~MemoryFile() { ::close(fd_); }
+
+  std::string Path() const { return fmt::format("/proc/self/fd/{}", fd_); }
+
+ private:
+  int fd_;
+};
+
+struct Segment {
+  std::string path;
+  Period period;
+  FileCut cut;
+};
+
+bool IsEmpty(const Period& period) { return period.start == 0 && period.stop == 0; }
+
+// Decides what of two segments that follow each other is read.
+void CutBetween(Segment& before, Segment& behind, std::vector<Gap>& gaps) {
+  const std::uint64_t end = before.period.stop;
+  if (behind.period.stop < end) {
+    throw Failure(
+        fmt::format("reading {}: it ends before {}, so they are not of one recording; the controller's "
+                    "timer may have begun anew (give the files one by one)",
+                    Quoted(behind.path), Quoted(before.path)));
+  }
+  if (behind.period.start > end) {
+    gaps.push_back({end, behind.period.start});
+  } else if (behind.period.start < end) {
+    before.cut.to = end - 1;
+    behind.cut.from = end;
+  } else {
+    behind.cut.from = end + 1;
+  }
+}
+
+void Append(tasklog::Log& log, const Segment& segment) {
+  const MemoryFile cut(CutFile(ReadBytes(segment.path, unbounded), segment.cut, segment.path));
+  LoadInto(log, cut.Path(), segment.path);
+}
+
+}  // namespace
+
+std::string SegmentName(const std::string& stem, std::uint64_t number) {
+  return fmt::format("{}.{:0{}}{}", stem, number, fewestDigits, extension);
+}
+
+std::optional<std::uint64_t> SegmentNumber(const std::string& path) {
+  return ParseNumber(Split(path).second);
+}
+
+std::string PathStemOf(const std::string& path) { return std::string(Split(path).first); }
+
+std::string StemOf(const std::string& path) {
+  return PathStemOf(std::filesystem::path(path).filename().string());
+}
+
+JoinedFiles JoinFiles(const std::vector<std::string>& paths) {
+  JoinedFiles joined;
+  if (paths.size() == 1) {
+    LoadInto(joined.log, paths.front(), paths.front());
+    joined.periods.push_back({joined.log.StartTime(), joined.log.StopTime()});
+    return joined;
+  }
+  std::vector<Segment> segments;
+  for (const std::string& path : paths) {
+    joined.periods.push_back(PeriodOf(ReadBytes(path, headerBytes)));
+    if (IsEmpty(joined.periods.back())) continue;  // nothing was recorded
+    Segment& segment = segments.emplace_back(Segment{path, joined.periods.back(), {}});
+    if (segments.size() == 1) continue;
+    segment.cut.isFirst = false;
+    segment.cut.start = segments.front().period.start;
+    CutBetween(*std::prev(segments.end(), 2), segment, joined.gaps);
+  }
+  for (const Segment& segment : segments) Append(joined.log, segment);
+  if (segments.empty()) LoadInto(joined.log, paths.back(), paths.back());
+  return joined;
+}
+
+}  // namespace cli
