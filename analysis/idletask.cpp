@@ -30,7 +30,7 @@ std::vector<TaskIndex> Candidates(const Lane& lane, const std::string& name) {
 
 class RunTimes : public Visitor {
  public:
-  explicit RunTimes(std::size_t taskCount) : Visitor(runs), ticks_(taskCount) {}
+  explicit RunTimes(std::size_t taskCount) : Visitor(wantsRuns), ticks_(taskCount) {}
   void OnRun(const Run& run) override {
     if (run.task != noTask) ticks_[run.task] += run.Length();
   }

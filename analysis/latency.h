@@ -19,13 +19,12 @@ struct Latency {
 // Within one tick the order is that of Visitor. Memory: 16 bytes for each moment selected.
 class Latencies : public Visitor {
  public:
-  // The lane must outlive the walk.
+  // Selectors that select nothing in the lane are for the caller to refuse: Selector::In().
   Latencies(const Lane& lane, const Selector& begin, const Selector& end);
 
   void OnMark(const Mark& mark) override;
   void OnActivation(const Job& job) override;
   void OnStart(const Job& job) override;
-  void OnDropped(const Job& job) override;
   void OnJob(const Job& job) override;
   void OnGap(const Gap& gap) override;
   void OnEnd(Ticks stop) override;
@@ -47,7 +46,7 @@ class Latencies : public Visitor {
   struct Side {
     Selector::Kind kind;
     std::vector<bool> selects;    // by SubjectIndex
-    std::vector<Moment> pending;  // by TaskIndex, activations that may be dropped
+    std::vector<Moment> pending;  // by TaskIndex, activations that may yet be dropped; for activations alone
     std::vector<Moment> moments;
   };
 
@@ -56,6 +55,7 @@ class Latencies : public Visitor {
     return side.kind == kind && side.selects[subject];
   }
   void Take(Selector::Kind kind, SubjectIndex subject, Ticks time);
+  void TakePending(TaskIndex task);
   void Match();
 
   Side begin_;

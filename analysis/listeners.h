@@ -12,12 +12,12 @@ class Listeners {
   explicit Listeners(const std::vector<Visitor*>& visitors) : all(visitors) {
     for (Visitor* visitor : visitors) {
       const unsigned interests = visitor->Interests();
-      wantMarkSubjects |= (interests & Visitor::markSubjects) != 0;
-      if (interests & Visitor::runs) runs.push_back(visitor);
-      if (interests & Visitor::jobs) jobs.push_back(visitor);
-      if (interests & Visitor::beginnings) beginnings.push_back(visitor);
-      if (interests & Visitor::states) states.push_back(visitor);
-      if (interests & Visitor::marks) marks.push_back(visitor);
+      wantMarkSubjects |= (interests & Visitor::wantsMarkSubjects) != 0;
+      if (interests & Visitor::wantsRuns) runs.push_back(visitor);
+      if (interests & Visitor::wantsJobs) jobs.push_back(visitor);
+      if (interests & Visitor::wantsBeginnings) beginnings.push_back(visitor);
+      if (interests & Visitor::wantsStates) states.push_back(visitor);
+      if (interests & Visitor::wantsMarks) marks.push_back(visitor);
     }
   }
 

@@ -9,7 +9,7 @@ std::string_view NameOf(Quantity quantity) {
 }
 
 Statistics::Statistics(const Lane& lane, TaskIndex idle)
-    : Visitor(runs | jobs | beginnings | marks),
+    : Visitor(wantsRuns | wantsJobs | wantsBeginnings | wantsMarks),
       tasks_(lane.Tasks().size()),
       idle_(idle),
       coveredTicks_(lane.CoveredTicks()) {}

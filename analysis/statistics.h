@@ -48,8 +48,9 @@ class Statistics : public Visitor {
 
   const std::vector<TaskStatistics>& Tasks() const { return tasks_; }  // by TaskIndex
   std::uint64_t Switches() const { return switches_; }                 // from one task to another
-  Ticks UnknownTicks() const { return unknownTicks_; }                 // covered, but nobody is known to run
-  Ticks KnownTicks() const;                                            // covered and known
+  TaskIndex Idle() const { return idle_; }
+  Ticks UnknownTicks() const { return unknownTicks_; }  // covered, but nobody is known to run
+  Ticks KnownTicks() const;                             // covered and known
   // Shares of the known time; empty where nothing is known, or without an idle task.
   std::optional<double> LoadOf(TaskIndex task) const;
   std::optional<double> Busy() const;

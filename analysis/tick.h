@@ -30,7 +30,11 @@ class TickReader {
 
   // False behind the last tick.
   bool Next(Tick& tick);
-  SubjectIndex RunningAt(const Record& record) const { return cursor_.SlotOf(record.entry, 1); }
+  // Whether slot 1 says so; an empty one, as before the first switch of a segment, says nothing else.
+  bool MayHaveRun(TaskIndex task, const Record& record) const {
+    const SubjectIndex running = cursor_.SlotOf(record.entry, 1);
+    return running == task || running == noSubject;
+  }
 
  private:
   void Take(Tick& tick);

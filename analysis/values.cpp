@@ -109,11 +109,9 @@ Summary Values::Summarize() const {
   summary.count = count_;
   if (count_ == 0) return summary;
   Sum sum;
-  summary.min = max_;
-  ForEach([&](std::uint64_t value) {
-    sum.Add(value);
-    summary.min = std::min(summary.min, value);
-  });
+  ForEach([&](std::uint64_t value) { sum.Add(value); });
+  summary.min = min_;
+  summary.minAt = minAt_;
   summary.max = max_;
   summary.maxAt = maxAt_;
   const auto count = static_cast<double>(count_);
@@ -137,7 +135,7 @@ Summary Values::Summarize() const {
 
 std::uint64_t Values::Percentile(double percent) const {
   std::vector<Wanted> wanted{{RankOf(count_, static_cast<std::uint64_t>(std::llround(percent * 1e6))), 0}};
-  RankSearch(*this, wanted).Find(0, max_, count_, 0, 0, 1);
+  RankSearch(*this, wanted).Find(min_, max_, count_, 0, 0, 1);
   return wanted[0].value;
 }
 

@@ -19,17 +19,23 @@ struct Summary {
   std::uint64_t p95 = 0;
   std::uint64_t p99 = 0;
   std::uint64_t p999 = 0;
-  std::uint64_t maxAt = 0;  // when the first value that is the largest was seen, in ticks
+  // When the first value of this size was seen, in ticks.
+  std::uint64_t minAt = 0;
+  std::uint64_t maxAt = 0;
 };
 
 // Values in the order in which they came. One takes 4 bytes, from 2^32 - 1 on 12.
 class Values {
  public:
-  // `at` is kept of the first largest value alone.
+  // `at` is kept of the first smallest and the first largest value alone.
   void Add(std::uint64_t value, std::uint64_t at) {
     if (value > max_ || count_ == 0) {
       max_ = value;
       maxAt_ = at;
+    }
+    if (value < min_ || count_ == 0) {
+      min_ = value;
+      minAt_ = at;
     }
     if (next_ == end_) AddBlock();
     if (value >= large) AddLarge(value);
@@ -38,6 +44,8 @@ class Values {
   }
 
   std::uint64_t Count() const { return count_; }
+  std::uint64_t Min() const { return min_; }
+  std::uint64_t MinAt() const { return minAt_; }
   std::uint64_t Max() const { return max_; }
   std::uint64_t MaxAt() const { return maxAt_; }
   Summary Summarize() const;
@@ -71,6 +79,8 @@ class Values {
   std::uint32_t* next_ = nullptr;
   std::uint32_t* end_ = nullptr;
   std::uint64_t count_ = 0;
+  std::uint64_t min_ = 0;
+  std::uint64_t minAt_ = 0;
   std::uint64_t max_ = 0;
   std::uint64_t maxAt_ = 0;
 };

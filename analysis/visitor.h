@@ -59,26 +59,33 @@ struct Mark {
 // What is handed over is valid until the call returns.
 class Visitor {
  public:
-  // Bits of what a visitor wants to be told; gaps and the end are told to all. Without `markSubjects` the
-  // subject of a testpoint or timing issue may be `noSubject`, which saves its look-up.
-  enum Interest : unsigned { runs = 1, jobs = 2, beginnings = 4, states = 8, marks = 16, markSubjects = 32 };
+  // Bits of what a visitor wants to be told; gaps and the end are told to all. Without `wantsMarkSubjects`
+  // the subject of a testpoint or timing issue may be `noSubject`, which saves its look-up.
+  enum Interest : unsigned {
+    wantsRuns = 1,
+    wantsJobs = 2,
+    wantsBeginnings = 4,
+    wantsStates = 8,
+    wantsMarks = 16,
+    wantsMarkSubjects = 32
+  };
 
   explicit Visitor(unsigned interests) : interests_(interests) {}
   virtual ~Visitor() = default;
   unsigned Interests() const { return interests_; }
 
-  // runs: at the end of each. Runs, gaps and unknown times follow each other without a hole.
+  // wantsRuns: at the end of each. Runs, gaps and unknown times follow each other without a hole.
   virtual void OnRun(const Run&) {}
-  // jobs: at the end of each, complete or cut. Those of one task follow each other.
+  // wantsJobs: at the end of each, complete or cut. Those of one task follow each other.
   virtual void OnJob(const Job&) {}
-  // beginnings. A job begun by an event may turn out to be none: then it is dropped, and OnJob() is not
+  // wantsBeginnings. A job begun by an event may turn out to be none: then it is dropped, and OnJob() is not
   // called.
   virtual void OnActivation(const Job&) {}
   virtual void OnStart(const Job&) {}
   virtual void OnDropped(const Job&) {}
-  // states: each change, after the run that ends there was told.
+  // wantsStates: each change, after the run that ends there was told.
   virtual void OnState(TaskIndex, JobState, Ticks) {}
-  // marks
+  // wantsMarks
   virtual void OnMark(const Mark&) {}
   // Nothing goes on across a gap: all jobs under way have been told as cut.
   virtual void OnGap(const Gap&) {}

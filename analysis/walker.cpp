@@ -201,7 +201,7 @@ ETLLogType LaneWalker::TypeOfLeaving(TaskIndex behind) const {
     if (!IsSwitch(record.type)) continue;
     if (running_ == noTask ? record.subject == behind
                            : record.type != TLLogSwitch3 && record.type != TLLogSwitch4 &&
-                                 reader_.RunningAt(record) == running_)
+                                 reader_.MayHaveRun(running_, record))
       type = record.type;
   }
   return type;
@@ -232,7 +232,7 @@ bool LaneWalker::BeganAnew() const {
   for (const Record& record : tick_.records) {
     if (!IsSwitch(record.type)) continue;
     const Meaning meaning = conventions_.meanings.Of(record.type);
-    if (meaning == Meaning::done && reader_.RunningAt(record) == running_) return true;
+    if (meaning == Meaning::done && reader_.MayHaveRun(running_, record)) return true;
     if (meaning == Meaning::plain && record.subject == conventions_.idle) return true;
   }
   return false;
@@ -255,7 +255,7 @@ void LaneWalker::TellMarks(bool ofBefore, TaskIndex before) {
   if (listeners_.marks.empty() || tick_.records.size() == tick_.switches + tick_.events) return;
   for (const Record& record : tick_.records) {
     if (IsSwitch(record.type) || record.type == TLLogTaskEvent) continue;
-    const bool isOfBefore = before != noTask && reader_.RunningAt(record) == before;
+    const bool isOfBefore = before != noTask && reader_.MayHaveRun(before, record);
     if (isOfBefore == ofBefore) TellMark(record.type, record.subject, running_);
   }
 }

@@ -16,6 +16,7 @@ int Measure(int argumentCount, char** arguments) {
   bench::RegisterAppends();
   bench::RegisterFiles();
   bench::RegisterQueries();
+  bench::RegisterAnalyses();
   bench::RegisterMemory();
   bench::RegisterLimits();
   benchmark::Initialize(&argumentCount, arguments);

@@ -79,6 +79,7 @@ void Untimed(benchmark::State& state, Step step) {
 }
 
 // Each is a <name>_bench.cpp.
+void RegisterAnalyses();
 void RegisterAppends();
 void RegisterFiles();
 void RegisterQueries();
