@@ -23,6 +23,7 @@ extern const Command startCommand;
 extern const Command recordCommand;
 extern const Command infoCommand;
 extern const Command listCommand;
+extern const Command statsCommand;
 
 // Runs what the arguments (without the program's name) ask for; returns the exit code. Throws UsageError,
 // Failure and ClosedPipe.
