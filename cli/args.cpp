@@ -95,7 +95,7 @@ std::chrono::nanoseconds WaitingTime(const char* option, const std::string& text
     throw UsageError(fmt::format("{}: {} is not a duration such as 10s or 250ms", option, Quoted(text)));
   }
   const auto wait =
-      std::chrono::nanoseconds(static_cast<std::int64_t>(duration->attoseconds / perNanosecond));
+      std::chrono::nanoseconds(static_cast<std::uint64_t>(duration->attoseconds / perNanosecond));
   if (wait < least) {
     throw UsageError(fmt::format("{}: {} is too short, the least is {} ms", option, Quoted(text),
                                  std::chrono::ceil<std::chrono::milliseconds>(least).count()));

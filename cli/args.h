@@ -7,9 +7,9 @@
 #include <string>
 #include <string_view>
 
-namespace cli {
+#include "wide.h"
 
-__extension__ using Wide = unsigned __int128;
+namespace cli {
 
 // A length of time, whole attoseconds: exact for all that can be typed.
 struct Duration {

@@ -2,7 +2,7 @@
 
 #include <limits>
 
-#include "args.h"
+#include "wide.h"
 
 namespace cli {
 namespace {

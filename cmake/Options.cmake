@@ -26,6 +26,15 @@ endif()
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion
                     -Werror)
 add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>)
+# Times and fractions are the same doubles on every machine: the older registers of an i386 keep more digits.
+include(CheckSymbolExists)
+check_symbol_exists(__i386__ stdint.h TASKLOG_I386)
+if(TASKLOG_I386)
+  add_compile_options(-msse2 -mfpmath=sse)
+endif()
+if(CMAKE_SIZEOF_VOID_P EQUAL 4)  # files of more than 2 GiB, and dates behind 2038
+  add_compile_definitions(_FILE_OFFSET_BITS=64 _TIME_BITS=64)
+endif()
 # g++ 12 sees an overlap where text is put before a std::string; there is none.
 add_compile_options($<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
 # Shared libraries name all that they need; but those built with clang leave its sanitizers to the program.
@@ -39,7 +48,7 @@ endif()
 if(TASKLOG_FUZZ)
   add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
-if(CMAKE_BUILD_TYPE STREQUAL "Release")
+if(CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT EMSCRIPTEN)
   add_compile_options(-fstack-protector-strong -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
   add_link_options(-Wl,-z,relro,-z,now)
   include(CheckPIESupported)

@@ -1,4 +1,4 @@
-// A simulated controller: its cores with their loggers, the memory that holds their buffers, and its
+// A simulated controller: its processors with their loggers, the memory that holds their buffers, and its
 // variables.
 #pragma once
 
@@ -12,11 +12,11 @@
 #include <variant>
 #include <vector>
 
-#include "core.h"
 #include "faults.h"
 #include "logger.h"
 #include "scenario.h"
 #include "statestore.h"
+#include "taskrunner.h"
 
 namespace sim {
 
@@ -27,8 +27,8 @@ class Controller {
  public:
   // A contact after this long finds the controller switched off and on again.
   static constexpr uint64_t powerOffNs = 300 * nsPerSecond;
-  // A process that meets a logger which has run without a trigger for longer than the first of these takes
-  // it up from the second before now, so that catching up stays short.
+  // A logger without a trigger that was not read for longer than the first of these is taken up from the
+  // second before now, so that catching up stays short.
   static constexpr uint64_t longRunNs = 900 * nsPerSecond;
   static constexpr uint64_t takeUpNs = 60 * nsPerSecond;
 
@@ -53,46 +53,50 @@ class Controller {
   FaultPlan& Faults() { return faults_; }
 
  private:
-  // A core as it runs.
-  struct Unit {
-    Unit(const CoreSpec& coreSpec, const Scenario& scenario)
-        : spec(coreSpec),
+  // A processor at work, with its logger.
+  struct Processor {
+    Processor(const ProcessorSpec& processorSpec, const Scenario& scenario)
+        : spec(processorSpec),
           logger(spec.slotCount, scenario.tickBits),
-          core(spec, scenario.seed, scenario.Clock(), logger) {}
+          runner(spec, scenario.seed, scenario.Clock(), logger) {}
 
-    const CoreSpec& spec;
+    const ProcessorSpec& spec;
     Logger logger;
-    Core core;
-    std::string trigger;              // as the variable holds it
+    TaskRunner runner;
+    std::string triggerVariable;      // the next start takes it
     std::optional<uint64_t> startNs;  // of the logger; empty until it is started
-    std::string startTrigger;         // the trigger it was started with
+    std::string activeTrigger;        // the latest start took it
   };
 
-  static bool IsSeenBy(Kernel kernel, const Unit& unit);
-  Unit* FindLogger(std::string_view name, std::string_view& member);
+  static bool IsSeenBy(Kernel kernel, const Processor& processor);
+  Processor* FindLogger(std::string_view name, std::string_view& member);
   std::optional<Value> TargetVariable(std::string_view name) const;
   std::optional<Value> WatchpointVariable(Kernel kernel, std::string_view name) const;
   std::optional<Value> LoggerVariable(std::string_view name);
 
-  void MeetNow();
-  void TakeContact();  // with the state locked
+  void NoteContact();
+  void NoteContactLocked();  // with the state locked
   bool IsOurs(const RunState& state, uint64_t wallNs) const;
   void PowerOn(uint64_t wallNs);
-  void Adopt(const RunState& state, uint64_t wallNs);
-  void Remember(bool always);
-  void StartLogger(Unit& unit, uint64_t startNs, const std::string& trigger);
+  void ApplyState(const RunState& state);
+  void SaveState(bool always);
+  void CatchUp(Processor& processor);
+  void Advance(Processor& processor, uint64_t limitNs);
+  // Records from `fromNs` on, which lies behind `startNs` where what comes first is not wanted any more.
+  void StartLogger(Processor& processor, uint64_t startNs, uint64_t fromNs, const std::string& trigger);
+  bool IsPresent(const Processor& processor, const Task& task) const;
 
   const Scenario scenario_;
   const StateStore store_;
   const std::function<uint64_t()> wallNs_;
   FaultPlan faults_;
 
-  mutable std::mutex mutex_;  // over all below
-  std::list<Unit> units_;     // a list: units do not move
-  uint64_t nowNs_ = 0;        // since power-on
+  mutable std::mutex mutex_;         // over all below
+  std::list<Processor> processors_;  // a list: processors do not move
+  uint64_t nowNs_ = 0;               // since power-on
   std::optional<uint64_t> powerOnNs_;
   uint64_t contactNs_ = 0;
-  uint64_t rememberedNs_ = 0;
+  uint64_t savedNs_ = 0;
 };
 
 }  // namespace sim

@@ -33,16 +33,25 @@ void Logger::Record(uint64_t time, uint32_t type, uint32_t id) {
 }
 
 // Neighbouring records must lie less than one span of the tick field apart. Where nothing happens for longer,
-// events of the running task keep the times readable.
+// events of the running task keep the times readable. Of a long row of them only those are written that the
+// buffer can hold.
 void Logger::BridgeSilence(uint64_t time) {
+  const uint64_t silence = time - ring_.Newest();
+  const uint64_t strideTicks = ring_.Span() - 1;
+  const uint64_t count = silence < ring_.Span() ? 0 : (silence - 1) / strideTicks;
+  if (recording_ && !triggered_ && count > ring_.SlotCount()) {
+    ring_.Clear(ring_.Newest() + (count - ring_.SlotCount()) * strideTicks);
+  }
   while (recording_ && time - ring_.Newest() >= ring_.Span()) {
-    Put(ring_.Newest() + ring_.Span() - 1, recordTaskEvent, runningTask_);
+    Put(ring_.Newest() + strideTicks, recordTaskEvent, runningTask_);
+    ++bridged_;
   }
 }
 
 void Logger::Put(uint64_t time, uint32_t type, uint32_t id) {
   if (!recording_) return;
   ring_.Write(time, type, id);
+  ++written_;
   if (triggered_ && --recordsLeft_ == 0) recording_ = false;
 }
 

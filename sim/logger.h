@@ -23,6 +23,10 @@ class Logger {
   // Ignored unless recording. Times never go back.
   void Record(uint64_t time, uint32_t type, uint32_t id);
 
+  // Records written since it was made, and how many of them only bridge silence.
+  uint64_t Written() const { return written_; }
+  uint64_t Bridged() const { return bridged_; }
+
   const std::vector<uint32_t>& Words() const { return ring_.Words(); }
 
  private:
@@ -33,6 +37,8 @@ class Logger {
   bool recording_ = false;
   bool triggered_ = false;
   uint32_t recordsLeft_ = 0;  // until the buffer freezes, once triggered
+  uint64_t written_ = 0;
+  uint64_t bridged_ = 0;
   uint32_t runningTask_ = 0;
   std::optional<uint32_t> triggerTask_;
 };

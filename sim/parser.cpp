@@ -1,12 +1,12 @@
-// The scenario file but for its tasks: clock, timer, cores, faults.
+// The scenario file but for its tasks: clock, timer, processors, faults.
 #include "parser.h"
 
 #include <algorithm>
 #include <array>
 
-#include "section.h"
 #include "status.h"
 #include "target/access.h"
+#include "tomltable.h"
 
 namespace sim {
 namespace {
@@ -14,13 +14,15 @@ namespace {
 constexpr uint32_t firstBufferAddress = 0x20000000;
 constexpr uint32_t bufferDistance = 0x02000000;  // room for the largest buffer
 constexpr int64_t mostSlots = 4'000'000;
-constexpr size_t mostCores = 64;
+constexpr int64_t mostSlotsInAll = 8'000'000;
+constexpr size_t mostFaults = 1000;
+constexpr size_t mostProcessors = 64;
 constexpr int64_t mostKernelNumber = 99'999'999;
 constexpr uint32_t defaultSlots = 4096;
 // Not 0, which hosts take for "no time".
 constexpr int64_t defaultStartTicks = 1'000'000;
 
-void ParseClock(Section& root, Scenario& scenario) {
+void ParseClock(TomlTable& root, Scenario& scenario) {
   const std::string clock = root.Text("clock").value_or("wall");
   if (clock != "wall" && clock != "stepped") root.Fail("clock", "\"wall\" or \"stepped\"");
   scenario.stepped = clock == "stepped";
@@ -31,7 +33,7 @@ void ParseClock(Section& root, Scenario& scenario) {
   scenario.seed = static_cast<uint64_t>(root.Integer("seed", 0, INT64_MAX).value_or(1));
 }
 
-void ParseTimer(Section& root, Scenario& scenario) {
+void ParseTimer(TomlTable& root, Scenario& scenario) {
   scenario.startTicks = defaultStartTicks;
   auto timer = root.Table("timer");
   if (!timer) return;
@@ -46,30 +48,33 @@ void ParseTimer(Section& root, Scenario& scenario) {
   timer->Finish();
 }
 
-void ParseCore(Section& section, int number, Scenario& scenario, NamesInUse& names) {
-  const auto index = static_cast<uint32_t>(scenario.cores.size());
-  if (index == mostCores) section.Fail("at most 64 kernels, the scheduler included");
-  CoreSpec core;
-  core.number = number;
-  core.slotCount = static_cast<uint32_t>(section.Integer("slots", 2, mostSlots).value_or(defaultSlots));
-  core.bufferAddress = firstBufferAddress + index * bufferDistance;
-  ParseTasks(section, core, (index + 1) << 16 | 1, names);
-  section.Finish();
-  scenario.cores.push_back(std::move(core));
+void ParseProcessor(TomlTable& table, int number, Scenario& scenario, NamesInUse& names) {
+  const auto index = static_cast<uint32_t>(scenario.processors.size());
+  if (index == mostProcessors) table.Fail("at most 64 kernels, the scheduler included");
+  ProcessorSpec processor;
+  processor.number = number;
+  processor.slotCount = static_cast<uint32_t>(table.Integer("slots", 2, mostSlots).value_or(defaultSlots));
+  int64_t slotsInAll = processor.slotCount;
+  for (const ProcessorSpec& other : scenario.processors) slotsInAll += other.slotCount;
+  if (slotsInAll > mostSlotsInAll) table.Fail("slots", "at most 8000000 slots in all loggers");
+  processor.bufferAddress = firstBufferAddress + index * bufferDistance;
+  ParseTasks(table, processor, (index + 1) << 16 | 1, names);
+  table.Finish();
+  scenario.processors.push_back(std::move(processor));
 }
 
-void ParseCores(Section& root, Scenario& scenario) {
+void ParseProcessors(TomlTable& root, Scenario& scenario) {
   NamesInUse names;
-  if (auto scheduler = root.Table("scheduler")) ParseCore(*scheduler, schedulerNumber, scenario, names);
-  for (Section& kernel : root.Tables("kernel")) {
+  if (auto scheduler = root.Table("scheduler")) ParseProcessor(*scheduler, schedulerNumber, scenario, names);
+  for (TomlTable& kernel : root.Tables("kernel")) {
     const auto number = kernel.Integer("number", 0, mostKernelNumber);
     if (!number) kernel.Fail("number", "the kernel's number");
-    for (const CoreSpec& other : scenario.cores) {
+    for (const ProcessorSpec& other : scenario.processors) {
       if (other.number == *number) kernel.Fail("number", "a number that no other kernel has");
     }
-    ParseCore(kernel, static_cast<int>(*number), scenario, names);
+    ParseProcessor(kernel, static_cast<int>(*number), scenario, names);
   }
-  if (scenario.cores.empty()) root.Fail("a table [scheduler] or [[kernel]]");
+  if (scenario.processors.empty()) root.Fail("a table [scheduler] or [[kernel]]");
 }
 
 std::optional<uint32_t> NamedStatus(const std::string& name) {
@@ -81,15 +86,14 @@ std::optional<uint32_t> NamedStatus(const std::string& name) {
   return std::nullopt;
 }
 
-uint32_t ParseStatus(Section& section) {
-  if (!section.IsText("status")) {
-    return static_cast<uint32_t>(section.Integer("status", 1, UINT32_MAX).value_or(0));
+uint32_t ParseStatus(TomlTable& table) {
+  if (!table.IsText("status")) {
+    return static_cast<uint32_t>(table.Integer("status", 1, UINT32_MAX).value_or(0));
   }
-  const auto status = NamedStatus(*section.Text("status"));
+  const auto status = NamedStatus(*table.Text("status"));
   if (!status) {
-    section.Fail(
-        "status",
-        "\"no answer\", \"no variable\", \"no procedure\", \"bad address\", \"injected\" or a number");
+    table.Fail("status",
+               "\"no answer\", \"no variable\", \"no procedure\", \"bad address\", \"injected\" or a number");
   }
   return *status;
 }
@@ -100,39 +104,42 @@ bool IsFaultCall(const std::string& call) {
   return std::find(calls.begin(), calls.end(), call) != calls.end();
 }
 
-Fault ParseFault(Section& section) {
+Fault ParseFault(TomlTable& table) {
   Fault fault;
-  fault.call = section.RequiredText("call");
-  if (!IsFaultCall(fault.call)) section.Fail("call", "the name of a target-access function, or \"any\"");
-  fault.name = section.Text("name").value_or("");
-  fault.status = ParseStatus(section);
-  fault.text = section.Text("text").value_or("");
-  fault.result = section.Number("result", -1e300, 1e300);
-  fault.delayNs = section.Duration("delay").value_or(0);
-  fault.from = static_cast<uint64_t>(section.Integer("from", 1, INT64_MAX).value_or(1));
-  fault.every = static_cast<uint64_t>(section.Integer("every", 1, INT64_MAX).value_or(1));
-  fault.count = static_cast<uint64_t>(section.Integer("count", 1, INT64_MAX).value_or(INT64_MAX));
+  fault.call = table.RequiredText("call");
+  if (!IsFaultCall(fault.call)) table.Fail("call", "the name of a target-access function, or \"any\"");
+  fault.name = table.Text("name").value_or("");
+  fault.status = ParseStatus(table);
+  fault.text = table.Text("text").value_or("");
+  fault.result = table.Number("result", -1e300, 1e300);
+  fault.delayNs = table.Duration("delay").value_or(0);
+  fault.from = static_cast<uint64_t>(table.Integer("from", 1, INT64_MAX).value_or(1));
+  fault.every = static_cast<uint64_t>(table.Integer("every", 1, INT64_MAX).value_or(1));
+  fault.count = static_cast<uint64_t>(table.Integer("count", 1, INT64_MAX).value_or(INT64_MAX));
   if (fault.result && (fault.call != "CallProcedure" || fault.status != 0)) {
-    section.Fail("result", "call = \"CallProcedure\" and no status");
+    table.Fail("result", "call = \"CallProcedure\" and no status");
   }
   if (fault.status == 0 && !fault.result && fault.delayNs == 0) {
-    section.Fail("status", "a status, a result or a delay");
+    table.Fail("status", "a status, a result or a delay");
   }
-  section.Finish();
+  table.Finish();
   return fault;
 }
 
 }  // namespace
 
 Scenario ParseScenario(std::string_view text, const std::string& source) {
-  Section root = Section::Parse(text, source);
+  TomlTable root = TomlTable::Parse(text, source);
   Scenario scenario;
   scenario.source = source;
   scenario.contentHash = Hash(text);
   ParseClock(root, scenario);
   ParseTimer(root, scenario);
-  ParseCores(root, scenario);
-  for (Section& fault : root.Tables("fault")) scenario.faults.push_back(ParseFault(fault));
+  ParseProcessors(root, scenario);
+  for (TomlTable& fault : root.Tables("fault")) {
+    if (scenario.faults.size() == mostFaults) fault.Fail("at most 1000 faults");
+    scenario.faults.push_back(ParseFault(fault));
+  }
   root.Finish();
   return scenario;
 }

@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <map>
-#include <set>
 #include <string>
 #include <string_view>
 
@@ -11,18 +10,27 @@
 
 namespace sim {
 
-class Section;
+class TomlTable;
 
 // Throws a Failure with one line, "SOURCE:LINE: what was expected", when the text is not a scenario.
 Scenario ParseScenario(std::string_view text, const std::string& source);
 
-// What must not repeat across the cores of one controller.
+// What must not repeat across the processors of one controller.
 struct NamesInUse {
-  std::set<std::string> tasks;
-  std::map<std::string, uint32_t> testpointAddresses;
+  struct TaskPlace {
+    int processor;  // as ProcessorSpec::number
+    uint32_t index;
+  };
+  struct TestpointPlace {
+    int processor;
+    uint32_t address;
+  };
+
+  std::map<std::string, TaskPlace> tasks;
+  std::map<std::string, TestpointPlace> testpoints;
 };
 
-// Reads the keys "task" and "idle" of a core into `core`, whose number is known (taskparser.cpp).
-void ParseTasks(Section& section, CoreSpec& core, uint32_t firstTaskId, NamesInUse& names);
+// Reads the keys "task" and "idle" of a processor into `processor`, whose number is known (taskparser.cpp).
+void ParseTasks(TomlTable& table, ProcessorSpec& processor, uint32_t firstTaskId, NamesInUse& names);
 
 }  // namespace sim

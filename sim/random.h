@@ -1,4 +1,4 @@
-// Random numbers that are the same on every machine; those of the standard library's distributions are not.
+// Random numbers that are the same on every computer; those of the standard library's distributions are not.
 #pragma once
 
 #include <cstdint>

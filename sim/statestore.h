@@ -12,7 +12,7 @@
 namespace sim {
 
 struct StartedLogger {
-  int number = 0;        // as CoreSpec::number
+  int number = 0;        // as ProcessorSpec::number
   uint64_t startNs = 0;  // after power-on
   std::string trigger;   // empty: none
 };

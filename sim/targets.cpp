@@ -19,7 +19,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The clock runs through the whole machine's uptime, so it is the same for all processes.
+// The clock runs through the computer's uptime, so it is the same for all processes.
 uint64_t MonotonicNs() {
   return static_cast<uint64_t>(
       std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count());
@@ -36,6 +36,23 @@ Controller::Kernel TakeSuffix(std::string_view& target) {
   uint32_t kernel = 0;
   const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), kernel);
   return error == std::errc() ? kernel : UINT32_MAX;  // a number too large is that of no kernel
+}
+
+bool IsFile(const std::string& name) {
+  std::error_code error;
+  return fs::exists(name, error);
+}
+
+// Takes "#SEED" off the end of `name`, unless that is how a file is called.
+std::optional<uint64_t> TakeSeed(std::string& name) {
+  const size_t at = name.rfind('#');
+  if (at == std::string::npos || at + 1 == name.size() || IsFile(name)) return std::nullopt;
+  uint64_t seed = 0;
+  const char* const last = name.data() + name.size();
+  const auto [end, error] = std::from_chars(name.data() + at + 1, last, seed);
+  if (error != std::errc() || end != last) return std::nullopt;
+  name.resize(at);
+  return seed;
 }
 
 const Builtin* FindBuiltin(std::string_view name) {
@@ -97,16 +114,19 @@ Registry& TheRegistry() {
 
 Connection Connect(std::string_view target) {
   const Controller::Kernel kernel = TakeSuffix(target);
-  const std::string name(target);
+  std::string name(target);
+  const auto seed = TakeSeed(name);
   if (name.empty()) RefuseName(name);
   const Builtin* builtin = FindBuiltin(name);
-  const std::string place = builtin ? name : fs::weakly_canonical(name).string();
+  std::string place = builtin ? name : fs::weakly_canonical(name).string();
+  if (seed) place += fmt::format("#{}", *seed);
 
   const std::lock_guard lock(TheRegistry().mutex);
   auto& controllers = TheRegistry().controllers;
   if (const auto found = controllers.find(place); found != controllers.end()) return {found->second, kernel};
   // Messages name a file as the caller did.
   Scenario scenario = ParseScenario(builtin ? builtin->text : ReadScenario(name), name);
+  if (seed) scenario.seed = *seed;
   const auto controller = SwitchOn(std::move(scenario), place);
   controllers.emplace(place, controller);
   return {controller, kernel};

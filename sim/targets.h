@@ -13,7 +13,8 @@ struct Connection {
 };
 
 // The controller of a target name: a built-in scenario or the path of a scenario file, either with or
-// without the suffix of a kernel. Switches it on at the first contact; throws a Failure when there is none.
+// without the suffix of a kernel; "#SEED" before that sets the seed. Switches it on at the first contact;
+// throws a Failure when there is none.
 Connection Connect(std::string_view target);
 
 }  // namespace sim

@@ -10,6 +10,8 @@
 namespace sim {
 namespace {
 
+constexpr std::string_view addressSuffix = ".Prop.Address";
+
 // Takes `prefix` off the front of `text`.
 bool Skip(std::string_view& text, std::string_view prefix) {
   if (!text.starts_with(prefix)) return false;
@@ -33,9 +35,9 @@ std::optional<Value> Wrap(const std::optional<double>& number) {
 
 }  // namespace
 
-bool Controller::IsSeenBy(Kernel kernel, const Unit& unit) {
-  if (kernel) return unit.spec.number >= 0 && static_cast<uint32_t>(unit.spec.number) == *kernel;
-  return unit.spec.number <= 0;
+bool Controller::IsSeenBy(Kernel kernel, const Processor& processor) {
+  if (kernel) return processor.spec.number >= 0 && static_cast<uint32_t>(processor.spec.number) == *kernel;
+  return processor.spec.number <= 0;
 }
 
 Value Controller::GetVariable(Kernel kernel, std::string_view name) {
@@ -50,9 +52,9 @@ Value Controller::GetVariable(Kernel kernel, std::string_view name) {
 void Controller::PutText(std::string_view name, const std::string& text) {
   const std::lock_guard lock(mutex_);
   std::string_view member;
-  if (Unit* unit = FindLogger(name, member); unit && member == "TriggerTask") {
-    MeetNow();             // takes over the trigger of another process, which this one then replaces
-    unit->trigger = text;  // the start procedure says whether there is such a task
+  if (Processor* processor = FindLogger(name, member); processor && member == "TriggerTask") {
+    NoteContact();  // takes over the trigger of another process, which this one then replaces
+    processor->triggerVariable = text;  // the start procedure says whether there is such a task
     return;
   }
   if (TargetVariable(name) || WatchpointVariable(std::nullopt, name) || LoggerVariable(name)) {
@@ -62,7 +64,7 @@ void Controller::PutText(std::string_view name, const std::string& text) {
 }
 
 // "Scheduler.Logger.X" and "Kernel.N.Logger.X": the logger, with `member` set to X.
-Controller::Unit* Controller::FindLogger(std::string_view name, std::string_view& member) {
+Controller::Processor* Controller::FindLogger(std::string_view name, std::string_view& member) {
   int64_t number = schedulerNumber;
   if (!Skip(name, "Scheduler")) {
     if (!Skip(name, "Kernel.")) return nullptr;
@@ -72,19 +74,19 @@ Controller::Unit* Controller::FindLogger(std::string_view name, std::string_view
   }
   if (!Skip(name, ".Logger.")) return nullptr;
   member = name;
-  for (Unit& unit : units_) {
-    if (unit.spec.number == number) return &unit;
+  for (Processor& processor : processors_) {
+    if (processor.spec.number == number) return &processor;
   }
   return nullptr;
 }
 
 std::optional<Value> Controller::LoggerVariable(std::string_view name) {
   std::string_view member;
-  const Unit* unit = FindLogger(name, member);
-  if (!unit) return std::nullopt;
-  if (member == "TriggerTask") return unit->trigger;
-  if (member == "BufferSize") return static_cast<double>(unit->logger.Words().size() * sizeof(uint32_t));
-  if (member == "BufferAddress") return static_cast<double>(unit->spec.bufferAddress);
+  const Processor* processor = FindLogger(name, member);
+  if (!processor) return std::nullopt;
+  if (member == "TriggerTask") return processor->triggerVariable;
+  if (member == "BufferSize") return static_cast<double>(processor->logger.Words().size() * sizeof(uint32_t));
+  if (member == "BufferAddress") return static_cast<double>(processor->spec.bufferAddress);
   return std::nullopt;
 }
 
@@ -99,19 +101,21 @@ std::optional<Value> Controller::TargetVariable(std::string_view name) const {
 
 std::optional<Value> Controller::WatchpointVariable(Kernel kernel, std::string_view name) const {
   if (!Skip(name, "Watchpoint.Entity")) return std::nullopt;
-  std::vector<Testpoint> testpoints;
-  for (const Unit& unit : units_) {
-    if (!IsSeenBy(kernel, unit)) continue;
-    testpoints.insert(testpoints.end(), unit.spec.testpoints.begin(), unit.spec.testpoints.end());
+  std::vector<const Testpoint*> testpoints;
+  for (const Processor& processor : processors_) {
+    if (!IsSeenBy(kernel, processor)) continue;
+    for (const Testpoint& point : processor.spec.testpoints) testpoints.push_back(&point);
   }
   if (name == "!Objects") return static_cast<double>(testpoints.size());
   if (Skip(name, "!Object")) {
     const auto index = TakeNumber(name);
     if (!index || !name.empty() || *index >= testpoints.size()) return std::nullopt;
-    return testpoints[*index].name;
+    return testpoints[*index]->name;
   }
-  for (const Testpoint& point : testpoints) {
-    if (name == "." + point.name + ".Prop.Address") return static_cast<double>(point.address);
+  if (!Skip(name, ".") || !name.ends_with(addressSuffix)) return std::nullopt;
+  name.remove_suffix(addressSuffix.size());
+  for (const Testpoint* point : testpoints) {
+    if (name == point->name) return static_cast<double>(point->address);
   }
   return std::nullopt;
 }

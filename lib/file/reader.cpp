@@ -18,7 +18,7 @@ Integer ReadLE(Source& source) {
 }
 
 // Valid until the next read. `certain` tells how many bytes follow the string in a file that is whole.
-std::string_view ReadString(Source& source, std::size_t certain) {
+std::string_view ReadString(Source& source, u64 certain) {
   constexpr std::size_t longest = 256;
   const u32 size = ReadLE<u32>(source);
   if (size > longest) throw u32{TLErrFileInvalid};
@@ -44,7 +44,7 @@ struct Record {
 
 // `following` tells how many records follow this one in its section.
 Record ReadRecord(Source& source, u32 version, u32 following) {
-  const std::size_t certain = recordSize * following;
+  const u64 certain = u64{recordSize} * following;
   const u8* bytes = source.Take(recordSize, recordSize + certain);
   Record record{bytes[0], LoadLE<u32>(bytes + 4), LoadLE<u64>(bytes + 8), {}};  // bytes 1 to 3 are free
   if ((record.koType == koTestpoint && version > versionBeforeStampNames) ||

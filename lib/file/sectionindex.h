@@ -46,7 +46,7 @@ SectionIndex<Number>::SectionIndex(const _STLTaskLog& log) : log_(log) {
   std::size_t size = 0;
   for (const _STLCategory* category : log.categories) {
     offsets.push_back(size);
-    if (category->GetType() == TLCatTask) size += category->entryCounts.Sum(types);
+    if (category->GetType() == TLCatTask) size += static_cast<std::size_t>(category->entryCounts.Sum(types));
   }
   numbers_.reset(new Number[size]);  // not zeroed
   for (const std::size_t offset : offsets) begins_.push_back(numbers_.get() + offset);

@@ -43,7 +43,7 @@ class Source {
 
   // The next `size` bytes, at most `capacity`, valid until the next call. `certain` (at least `size`) tells
   // how many follow in a file that is whole.
-  const u8* Take(std::size_t size, std::size_t certain) {
+  const u8* Take(std::size_t size, u64 certain) {
     if (static_cast<std::size_t>(end_ - next_) < size) Refill(size, certain);
     const u8* taken = next_;
     next_ += size;
@@ -54,11 +54,11 @@ class Source {
   static constexpr std::size_t capacity = 4096;
 
  private:
-  void Refill(std::size_t size, std::size_t certain) {
+  void Refill(std::size_t size, u64 certain) {
     const u8* end = std::copy(next_, end_, buffer_);
     next_ = buffer_;
     const auto held = static_cast<std::size_t>(end - buffer_);
-    const std::size_t wanted = std::min(capacity, certain) - held;
+    const std::size_t wanted = static_cast<std::size_t>(std::min<u64>(capacity, certain)) - held;
     end_ = end + fread_unlocked(buffer_ + held, 1, wanted, file_);
     if (static_cast<std::size_t>(end_ - next_) < size)
       throw u32{std::ferror(file_) ? TLErrFileRead : TLErrFileInvalid};

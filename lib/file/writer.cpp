@@ -140,7 +140,7 @@ void WriteSections(std::FILE* file, const _STLTaskLog& log) {
   if (log.entries.size() <= UINT32_MAX)
     WriteTaskSections<u32>(file, log);
   else
-    WriteTaskSections<u64>(file, log);
+    WriteTaskSections<std::size_t>(file, log);
   WriteEventSection(file, log, "Stamps", TL_LOGS_TESTPOINTS);
   WriteEventSection(file, log, "Events", TL_LOGS_TIMING_ISSUES);
 }

@@ -4,20 +4,10 @@
 #include <cstddef>
 #include <cstdlib>
 
-#include "model/thresholds.h"
-
 // For std::unique_ptr over memory from the C allocation functions.
 struct Free {
   void operator()(void* memory) const { std::free(memory); }
 };
-
-// The system hands out fresh memory page by page, which for a log that is read once costs as much as all the
-// rest. A large page costs a quarter of the 512 small ones that it replaces, and a search in a large log
-// waits less. A system without large pages gives small ones; nothing else changes.
-inline constexpr std::size_t largePageSize = thresholds::largePage;  // bytes
-
-// Asks for large pages in memory that is not used yet.
-void PreferLargePages(void* memory, std::size_t sizeBytes);
 
 // Small blocks come from malloc, those of several megabytes from the system, in large pages.
 class Block {

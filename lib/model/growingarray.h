@@ -3,10 +3,12 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <new>
 #include <type_traits>
 
 #include "model/block.h"
+#include "model/pages.h"
 
 // Grows in place where the system can do so, which for large blocks means without a copy. New values are
 // built in the spare room, unseen until they are taken over: a failure leaves nothing to undo.
@@ -42,9 +44,11 @@ class GrowingArray {
   }
 
  private:
-  // False when there is no memory: the array is then as it was. No count from outside is wide enough to
-  // overflow.
-  bool Resize(std::size_t capacity) { return block_.Resize(capacity * sizeof(Value)); }
+  // False when there is no memory: the array is then as it was. Where addresses have 32 bits, a count from
+  // outside may be too wide for any.
+  bool Resize(std::size_t capacity) {
+    return capacity <= SIZE_MAX / sizeof(Value) && block_.Resize(capacity * sizeof(Value));
+  }
   Value* data() const { return static_cast<Value*>(block_.Data()); }
 
   Block block_;

@@ -12,7 +12,7 @@ constexpr std::size_t Choose(std::size_t, std::size_t small) { return small; }
 constexpr std::size_t Choose(std::size_t usual, std::size_t) { return usual; }
 #endif
 
-// lib/model/block.h: bytes of a large page, and of the least block that lies in large pages.
+// lib/model/pages.h and block.cpp: bytes of a large page, and of the least block that lies in large pages.
 inline constexpr std::size_t largePage = Choose(std::size_t{2} << 20, 4096);
 inline constexpr std::size_t smallestLarge = 2 * largePage;
 // lib/model/timeindex.h: neighbours in a block of the search tree.

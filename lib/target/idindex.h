@@ -39,7 +39,9 @@ class IdIndex {
     return kind == TLCatTask && static_cast<const STLTask&>(category).id != id;
   }
   // Ids are often addresses: the multiplication carries all their bits into the upper ones.
-  std::size_t PlaceOf(u64 key) const { return (key * 0x9E3779B97F4A7C15u >> 32) & (places_.size() - 1); }
+  std::size_t PlaceOf(u64 key) const {
+    return static_cast<std::size_t>(key * 0x9E3779B97F4A7C15u >> 32) & (places_.size() - 1);
+  }
   _STLCategory* Search(ETLCatType kind, u32 id);
   _STLCategory*& PlaceFor(u64 key);  // throws bad_alloc
   Place* Probe(u64 key);

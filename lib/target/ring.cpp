@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <new>
 
+#include "model/pages.h"
+
 void Ring::Resize(u32 wordCount) {
   words_.reset(static_cast<u32*>(std::calloc(wordCount, sizeof(u32))));
   if (!words_) throw std::bad_alloc();

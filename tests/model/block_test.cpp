@@ -7,6 +7,7 @@
 #include <numeric>
 
 #include "model/growingarray.h"
+#include "model/pages.h"
 #include "support/allocations.h"
 
 namespace {

@@ -3,29 +3,12 @@
 
 #include <gtest/gtest.h>
 
-#include <deque>
-
-#include "random.h"
-#include "ringreader.h"
-
 namespace sim {
 namespace {
 
-using simtest::RingReader;
-using simtest::RingRecord;
 using Words = std::vector<uint32_t>;
 
 constexpr uint32_t ones = 0xFFFFFFFF;
-constexpr uint32_t narrowMarker = 0x000FFFFF;
-
-TEST(Ring, HasAMarkerOfItsOwnForTicksOf16Bits) {
-  Ring ring(3, 16);
-  ring.Clear(0x123456789);
-  EXPECT_EQ(ring.Words(),
-            (Words{0x1, 0x23456789, narrowMarker, ones, narrowMarker, ones, narrowMarker, ones}));
-  ring.Write(0x123456790, 14, 0xA1);
-  EXPECT_EQ(ring.Words(), (Words{0x1, 0x23456789, 0x000E6790, 0xA1, narrowMarker, ones, narrowMarker, ones}));
-}
 
 // The example of docs/ring-buffer.md.
 TEST(Ring, WritesTheDocumentedExample) {
@@ -57,45 +40,6 @@ TEST(Ring, TurnsBackWhereWideTicksWouldLookNarrow) {
   steady.Clear(0x4FFF0000);
   for (uint32_t i = 1; i <= 4; ++i) steady.Write(0x4FFFFFFE + i, 4, i);
   EXPECT_EQ(steady.Words()[1], 0x4FFF0000);
-}
-
-struct Walk {
-  const char* name;
-  uint32_t slots;
-  int tickBits;
-  uint64_t start;
-  uint64_t longestStep;
-};
-
-constexpr Walk walks[] = {
-    {"shortest ring", 2, 28, 1'000'000, 0x0FFFFFFF},
-    {"four slots", 4, 28, 0x0FFFF000, 3000},
-    {"crossing spans in small steps", 64, 28, 0x0FFFF000, 300},
-    {"a lap shorter than the narrow window", 7, 28, 0x1FFFFF00, 100},
-    {"longest steps", 33, 28, 0xFFFFFFFF00, 0x0FFFFFFF},
-    {"narrow, short steps", 16, 16, 0xFFFFFF00, 100},
-    {"narrow, longest steps", 16, 16, 5, 0xFFFF},
-};
-
-// After every single record, a reader finds the newest records with their full times.
-TEST(Ring, IsReadableAfterEveryRecord) {
-  for (const Walk& walk : walks) {
-    SCOPED_TRACE(walk.name);
-    Ring ring(walk.slots, walk.tickBits);
-    ring.Clear(walk.start);
-    Random random(walk.slots);
-    std::deque<RingRecord> expected;
-    for (uint32_t i = 0; i < 3000; ++i) {
-      const uint64_t step = i % 5 == 0 ? walk.longestStep : random.Below(walk.longestStep + 1);
-      expected.push_back({ring.Newest() + step, i % 15, i});
-      ring.Write(expected.back().time, expected.back().type, expected.back().id);
-      if (expected.size() >= walk.slots) expected.pop_front();
-      const RingReader reader(ring.Words());
-      ASSERT_EQ(reader.TickBits(), walk.tickBits) << "after record " << i;
-      ASSERT_EQ(reader.Records(), std::vector<RingRecord>(expected.begin(), expected.end()))
-          << "after record " << i;
-    }
-  }
 }
 
 }  // namespace

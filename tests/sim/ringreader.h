@@ -1,7 +1,7 @@
-// Reads a logger buffer as docs/ring-buffer.md describes it, for tests of what the simulator wrote.
+// Reads a logger buffer as docs/ring-buffer.md describes it: the lap before the marker, with ticks of 28
+// bits.
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
 #include <ostream>
 #include <vector>
@@ -15,50 +15,19 @@ struct RingRecord {
 
   bool operator==(const RingRecord&) const = default;
   friend std::ostream& operator<<(std::ostream& out, const RingRecord& record) {
-    return out << '{' << record.time << ", " << record.type << ", 0x" << std::hex << record.id << std::dec
-               << '}';
+    return out << '{' << record.time << ", " << record.type << ", " << record.id << '}';
   }
 };
 
-class RingReader {
- public:
-  explicit RingReader(const std::vector<uint32_t>& words) : words_(words), slots_((words.size() - 2) / 2) {}
-
-  int TickBits() const {
-    for (size_t slot = 0; slot < std::min<size_t>(slots_, 4); ++slot) {
-      if (First(slot) >> 20) return 28;
-    }
-    return 16;
+inline std::vector<RingRecord> RecordsOf(const std::vector<uint32_t>& words) {
+  std::vector<RingRecord> records;
+  uint64_t time = uint64_t{words[0]} << 32 | words[1];
+  for (size_t at = 2; at < words.size() && (words[at] >> 16 & 15) != 15; at += 2) {
+    const uint64_t tick = words[at] >> 20 << 16 | (words[at] & 0xFFFF);
+    time += (tick - time) & 0x0FFFFFFF;
+    records.push_back({time, words[at] >> 16 & 15, words[at + 1]});
   }
-
-  // All records, oldest first.
-  std::vector<RingRecord> Records() const {
-    const uint64_t reference = uint64_t{words_[0]} << 32 | words_[1];
-    std::vector<RingRecord> current;
-    size_t slot = 0;
-    for (uint64_t time = reference; slot < slots_ && Type(slot) != 15; ++slot) {
-      time += (Tick(slot) - time) & Mask();
-      current.push_back({time, Type(slot), words_[3 + 2 * slot]});
-    }
-    std::vector<RingRecord> all;
-    size_t behind = slots_;
-    for (uint64_t time = reference; behind > slot + 1 && Type(behind - 1) != 15; --behind) {
-      time -= (time - Tick(behind - 1)) & Mask();
-      all.push_back({time, Type(behind - 1), words_[3 + 2 * (behind - 1)]});
-    }
-    std::reverse(all.begin(), all.end());
-    all.insert(all.end(), current.begin(), current.end());
-    return all;
-  }
-
- private:
-  uint32_t First(size_t slot) const { return words_[2 + 2 * slot]; }
-  uint32_t Type(size_t slot) const { return First(slot) >> 16 & 15; }
-  uint64_t Tick(size_t slot) const { return (First(slot) >> 20 << 16) | (First(slot) & 0xFFFF); }
-  uint64_t Mask() const { return (uint64_t{1} << TickBits()) - 1; }
-
-  const std::vector<uint32_t>& words_;
-  size_t slots_;
-};
+  return records;
+}
 
 }  // namespace simtest

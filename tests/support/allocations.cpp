@@ -9,6 +9,8 @@
 #include <cstdlib>
 #include <new>
 
+#include "support/largefiles.h"
+
 namespace {
 
 struct State {
@@ -56,7 +58,8 @@ void* __real_calloc(std::size_t count, std::size_t sizeBytes);
 void* __real_realloc(void* memory, std::size_t sizeBytes);
 void __real_free(void* memory);
 
-void* __real_mmap(void* address, std::size_t sizeBytes, int protection, int flags, int file, off_t offset);
+void* TASKLOG_LARGE(__real_mmap)(void* address, std::size_t sizeBytes, int protection, int flags, int file,
+                                 off_t offset);
 void* __real_mremap(void* address, std::size_t oldBytes, std::size_t newBytes, int flags, ...);
 int __real_munmap(void* address, std::size_t sizeBytes);
 
@@ -79,12 +82,14 @@ void __wrap_free(void* memory) {
 }
 
 // Systems differ in where they map: each second time it is behind a multiple of the size of a large page.
-void* __wrap_mmap(void* address, std::size_t sizeBytes, int protection, int flags, int file, off_t offset) {
+void* TASKLOG_LARGE(__wrap_mmap)(void* address, std::size_t sizeBytes, int protection, int flags, int file,
+                                 off_t offset) {
   constexpr std::size_t largePage = std::size_t{2} << 20, page = 4096;
   static bool behind = false;
   if (Fails(sizeBytes)) return MAP_FAILED;
   const std::size_t room = sizeBytes + 2 * largePage;
-  auto* const begin = static_cast<char*>(__real_mmap(address, room, protection, flags, file, offset));
+  auto* const begin =
+      static_cast<char*>(TASKLOG_LARGE(__real_mmap)(address, room, protection, flags, file, offset));
   if (begin == MAP_FAILED) return MAP_FAILED;
   auto* memory =
       begin + -reinterpret_cast<std::uintptr_t>(begin) % largePage + ((behind = !behind) ? page : 0);

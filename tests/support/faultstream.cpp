@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "support/allocations.h"
+#include "support/largefiles.h"
 
 namespace {
 
@@ -86,11 +87,11 @@ bool FaultFile::Fails(char call) {
 
 extern "C" {
 
-std::FILE* __real_fopen(const char* path, const char* mode);
-std::FILE* __wrap_fopen(const char* path, const char* mode) {
+std::FILE* TASKLOG_LARGE(__real_fopen)(const char* path, const char* mode);
+std::FILE* TASKLOG_LARGE(__wrap_fopen)(const char* path, const char* mode) {
   const AllocationPause pause;
   const auto found = Files().find(path);
-  return found == Files().end() ? __real_fopen(path, mode) : found->second->Open(mode);
+  return found == Files().end() ? TASKLOG_LARGE(__real_fopen)(path, mode) : found->second->Open(mode);
 }
 
 }  // extern "C"
