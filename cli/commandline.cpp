@@ -17,7 +17,7 @@ namespace cli {
 namespace {
 
 const Command* const commands[] = {&startCommand, &recordCommand, &infoCommand,
-                                   &listCommand,  &statsCommand,  };
+                                   &listCommand,  &statsCommand,  &topCommand};
 
 std::string Overview() {
   std::string text =
