@@ -47,10 +47,10 @@ std::vector<TopLine> HeadOf(const TopLogger& logger) {
     std::uint64_t cut = 0;
     for (const auto& [task, values] : follower.All()) cut += values.all.cut;
     lines.push_back(
-        {fmt::format("{}  busy {}, all {}  known {}, all {}  issues {}, all {}  cut jobs {}", logger.name,
-                     PercentOrNone(last.Busy()), PercentOrNone(all.Busy()),
+        {fmt::format("{}  busy {}, all {}  issues {}, all {}  cut jobs {}  known {}, all {}", logger.name,
+                     PercentOrNone(last.Busy()), PercentOrNone(all.Busy()), last.issues, all.issues, cut,
                      LengthText(last.knownTicks, follower.TicksPerSecond()),
-                     LengthText(all.knownTicks, follower.TicksPerSecond()), last.issues, all.issues, cut),
+                     LengthText(all.knownTicks, follower.TicksPerSecond())),
          Kind::logger});
   }
   if (logger.losses > 0) lines.push_back({LossText(logger), Kind::alert});
@@ -143,12 +143,13 @@ TopTable::Cells TopTable::CellsOf(const Block& block, const Row& row) {
           SafeText(row.task.name)};
 }
 
-// The name comes last: it may be of any length.
+// What belongs together is one space apart. The name comes last: it may be of any length.
 std::string TopTable::Line(const Cells& cells) {
   std::string line;
   for (std::size_t i = 0; i + 1 < cells.size(); ++i) {
     widths_[i] = std::max(widths_[i], cells[i].size());
-    line += fmt::format("{:>{}}  ", cells[i], widths_[i]);
+    const bool isFollowedByAll = i % 2 == 1;
+    line += fmt::format("{:>{}}{}", cells[i], widths_[i], isFollowedByAll ? " " : "  ");
   }
   return line + cells.back();
 }
