@@ -22,17 +22,6 @@ constexpr TicksField percentiles[] = {{"p50", "p50", &Summary::p50},
                                       {"p99.9", "p99_9", &Summary::p999},
                                       {"maxAtTicks", "max_at_ticks", &Summary::maxAt}};
 
-// "startLatency" to "start_latency".
-std::string ColumnName(std::string_view name) {
-  std::string column;
-  for (const char c : name) {
-    const bool isUpper = c >= 'A' && c <= 'Z';
-    if (isUpper) column += '_';
-    column += isUpper ? static_cast<char>(c - 'A' + 'a') : c;
-  }
-  return column;
-}
-
 void AddTicks(JsonWriter& json, const Summary& summary, const TicksField& field) {
   json.Key(field.key);
   summary.count == 0 ? json.Null() : json.Ticks(summary.*field.ticks);
@@ -59,7 +48,7 @@ void AddSummary(JsonWriter& json, const Summary& summary) {
 }
 
 void AddSummaryColumns(CsvWriter& csv, std::string_view name) {
-  const std::string prefix = ColumnName(name) + "_";
+  const std::string prefix = SnakeCase(name) + "_";
   csv.Text(prefix + "count");
   for (const TicksField& field : extremes) csv.Text(prefix + field.column);
   csv.Text(prefix + "mean");

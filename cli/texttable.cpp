@@ -57,9 +57,11 @@ void TextTable::Print(fmt::memory_buffer& out, bool colors) const {
   for (const Row& row : rows_) {
     std::string line = row.marked ? "* " : "  ";
     line += Fitted(row.cells.front(), widths.front());
-    for (std::size_t i = 1; i < widths.size(); ++i)
-      line +=
-          fmt::format("{:{}}{}", "", marginColumns + widths[i] - DisplayWidth(row.cells[i]), row.cells[i]);
+    for (std::size_t i = 1; i < widths.size(); ++i) {
+      const std::string padding(widths[i] - DisplayWidth(row.cells[i]), ' ');
+      const bool left = i < leftColumns_;
+      line += std::string(marginColumns, ' ') + (left ? row.cells[i] + padding : padding + row.cells[i]);
+    }
     line.resize(line.find_last_not_of(' ') + 1);
     const bool colored = row.marked && colors;
     fmt::format_to(fmt::appender(out), "{}{}{}\n", colored ? red : "", line, colored ? plain : "");

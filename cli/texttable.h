@@ -14,13 +14,14 @@ inline const std::string noValue = "-";
 // The share in percent, two decimals: "43.20 %".
 std::string Percent(double share);
 
-// The first column holds names, aligned to the left; the others numbers, aligned to the right. When lines
+// The first column holds names; those behind the `leftColumns` hold numbers, aligned to the right. When lines
 // would get too long, names are cut and end in an ellipsis.
 class TextTable {
  public:
   static constexpr std::size_t widestLine = 100;
 
-  explicit TextTable(std::vector<std::string> headings) : rows_{{std::move(headings), false}} {}
+  explicit TextTable(std::vector<std::string> headings, std::size_t leftColumns = 1)
+      : rows_{{std::move(headings), false}}, leftColumns_(leftColumns) {}
 
   // Also a second row of headings. As many cells as there are headings. The name may hold any bytes. A marked
   // row begins with '*', and is red where there are colours.
@@ -35,7 +36,8 @@ class TextTable {
 
   std::vector<std::size_t> Widths() const;
 
-  std::vector<Row> rows_;  // headings first
+  std::vector<Row> rows_;    // headings first
+  std::size_t leftColumns_;  // aligned to the left, the one of names included
 };
 
 }  // namespace cli
