@@ -41,7 +41,6 @@ std::uint64_t Cursor::KeyOf(TLEntry entry) const {
 }
 
 bool Cursor::WasThere() {
-  if (shared_.empty()) return false;
   const auto place = shared_.find(KeyOf(entry_));
   if (place == shared_.end() || place->second == 0) return false;
   --place->second;

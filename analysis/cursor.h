@@ -13,7 +13,8 @@ namespace analysis {
 class Cursor {
  public:
   // Bit n of `types` keeps type n. The lane must outlive the cursor.
-  explicit Cursor(const Lane& lane, std::uint64_t types = TL_LOGS_ALL) : lane_(lane), types_(types) {}
+  explicit Cursor(const Lane& lane, std::uint64_t types = TL_LOGS_ALL)
+      : lane_(lane), names_(lane.Names()), types_(types) {}
 
   // To the next entry, at first to the first one; false behind the last.
   bool Next() {
@@ -29,7 +30,7 @@ class Cursor {
         iterator_ = nullptr;
         continue;
       }
-      if (time_ == sharedTime_ && WasThere()) continue;
+      if (time_ == sharedTime_ && !shared_.empty() && WasThere()) continue;
       return true;
     }
     return false;
@@ -40,7 +41,7 @@ class Cursor {
   ETLLogType Type() const { return TLEntryGetType(entry_); }
   SubjectIndex Slot(std::uint32_t slot) const { return SlotOf(entry_, slot); }
   SubjectIndex SlotOf(TLEntry entry, std::uint32_t slot) const {
-    return lane_.Names().Find(TLEntryGetCategory(entry, slot));
+    return names_.Find(TLEntryGetCategory(entry, slot));
   }
 
  private:
@@ -55,6 +56,7 @@ class Cursor {
   std::uint64_t KeyOf(TLEntry entry) const;
 
   const Lane& lane_;
+  const Subjects& names_;
   std::uint64_t types_;
   std::size_t nextSegment_ = 0;
   Iterator iterator_;

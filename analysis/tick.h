@@ -17,19 +17,44 @@ struct Record {
 };
 
 // All entries of one time.
-struct Tick {
+class Tick {
+ public:
   Ticks time = 0;
-  std::vector<Record> records;
   std::size_t switches = 0;
   std::size_t events = 0;
+
+  std::size_t Size() const { return size_; }
+  bool HasMarks() const { return size_ > switches + events; }
+  const Record* begin() const { return records_.data(); }
+  const Record* end() const { return records_.data() + size_; }
+
+  void Clear() { size_ = switches = events = 0; }
+  void Add(const Record& record) {
+    if (size_ == records_.size()) records_.resize(2 * size_);
+    records_[size_++] = record;
+  }
+
+ private:
+  std::vector<Record> records_ = std::vector<Record>(16);
+  std::size_t size_ = 0;
 };
 
 class TickReader {
  public:
-  TickReader(const Lane& lane, bool withMarkSubjects);
+  TickReader(const Lane& lane, bool withMarkSubjects)
+      : cursor_(lane), withMarkSubjects_(withMarkSubjects), hasNext_(cursor_.Next()) {}
 
   // False behind the last tick.
-  bool Next(Tick& tick);
+  bool Next(Tick& tick) {
+    if (!hasNext_) return false;
+    tick.Clear();
+    tick.time = cursor_.Time();
+    do {
+      Take(tick);
+      hasNext_ = cursor_.Next();
+    } while (hasNext_ && cursor_.Time() == tick.time);
+    return true;
+  }
   // Whether slot 1 says so; an empty one, as before the first switch of a segment, says nothing else.
   bool MayHaveRun(TaskIndex task, const Record& record) const {
     const SubjectIndex running = cursor_.SlotOf(record.entry, 1);
@@ -37,7 +62,15 @@ class TickReader {
   }
 
  private:
-  void Take(Tick& tick);
+  void Take(Tick& tick) {
+    const ETLLogType type = cursor_.Type();
+    const bool isSwitch = IsSwitch(type);
+    const bool isEvent = type == TLLogTaskEvent;
+    tick.switches += isSwitch;
+    tick.events += isEvent;
+    const bool withSubject = isSwitch || isEvent || withMarkSubjects_;
+    tick.Add({cursor_.Handle(), withSubject ? cursor_.Slot(0) : noSubject, type});
+  }
 
   Cursor cursor_;
   bool withMarkSubjects_;

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <utility>
 
 namespace analysis {
 namespace {
@@ -17,73 +16,6 @@ std::uint64_t RankOf(std::uint64_t count, std::uint64_t millionths) {
       1, count / whole * millionths + (count % whole * millionths + whole - 1) / whole);
 }
 
-// A value looked for by its rank, from 1, in the sorted series.
-struct Wanted {
-  std::uint64_t rank;
-  std::uint64_t value;
-};
-
-// Finds values by rank without sorting or moving the series: values are counted in stretches of their range,
-// then the stretches that hold what is wanted are looked at in the same way, until few values are left.
-class RankSearch {
- public:
-  RankSearch(const Values& values, std::vector<Wanted>& wanted) : values_(values), wanted_(wanted) {}
-
-  // Looks among the `count` values from `low` to `high`, of which `below` are smaller, for those wanted from
-  // `first` on, up to `last`.
-  void Find(std::uint64_t low, std::uint64_t high, std::uint64_t count, std::uint64_t below,
-            std::size_t first, std::size_t last) {
-    if (low == high) {
-      for (std::size_t i = first; i < last; ++i) wanted_[i].value = low;
-    } else if (count <= few) {
-      Sort(low, high, below, first, last);
-    } else {
-      Divide(low, high, count, below, first, last);
-    }
-  }
-
- private:
-  static constexpr std::size_t few = 64;
-
-  void Sort(std::uint64_t low, std::uint64_t high, std::uint64_t below, std::size_t first, std::size_t last) {
-    std::vector<std::uint64_t> found;
-    values_.ForEach([&](std::uint64_t value) {
-      if (value - low <= high - low) found.push_back(value);
-    });
-    std::sort(found.begin(), found.end());
-    for (std::size_t i = first; i < last; ++i)
-      wanted_[i].value = found[static_cast<std::size_t>(wanted_[i].rank - below - 1)];
-  }
-
-  void Divide(std::uint64_t low, std::uint64_t high, std::uint64_t count, std::uint64_t below,
-              std::size_t first, std::size_t last) {
-    const int bits = std::min(Width(count), 12);
-    const int shift = std::max(Width(high - low) - bits, 0);
-    std::vector<std::uint32_t> counts((static_cast<std::size_t>((high - low) >> shift)) + 1);
-    values_.ForEach([&](std::uint64_t value) {
-      if (value - low <= high - low) ++counts[static_cast<std::size_t>((value - low) >> shift)];
-    });
-    for (std::size_t i = 0; first < last; below += counts[i++]) {
-      std::size_t next = first;
-      while (next < last && wanted_[next].rank <= below + counts[i]) ++next;
-      if (next == first) continue;
-      const std::uint64_t from = low + (std::uint64_t{i} << shift);
-      const std::uint64_t to = std::min(high, from + ((std::uint64_t{1} << shift) - 1));
-      Find(from, to, counts[i], below, first, next);
-      first = next;
-    }
-  }
-
-  static int Width(std::uint64_t value) {
-    int width = 0;
-    for (; value > 0; value >>= 1) ++width;
-    return width;
-  }
-
-  const Values& values_;
-  std::vector<Wanted>& wanted_;
-};
-
 // Exact, as 128 bits.
 struct Sum {
   std::uint64_t high = 0;
@@ -95,56 +27,153 @@ struct Sum {
   double Value() const { return static_cast<double>(high) * 0x1p64 + static_cast<double>(low); }
 };
 
+// Counts values by stretches of a range, all equally long.
+class Counts {
+ public:
+  // For about `count` values.
+  Counts(std::uint64_t low, std::uint64_t high, std::uint64_t count) : low_(low), span_(high - low) {
+    shift_ = std::max(Width(span_) - std::min(Width(count), mostBits), 0);
+    counts_.resize(static_cast<std::size_t>(span_ >> shift_) + 1);
+  }
+
+  void Add(std::uint64_t value) {
+    if (value - low_ <= span_) ++counts_[static_cast<std::size_t>((value - low_) >> shift_)];
+  }
+
+  // A stretch, and how many values lie before it.
+  struct Stretch {
+    std::uint64_t low;
+    std::uint64_t high;
+    std::uint64_t count;
+    std::uint64_t below;
+  };
+  // The stretch that holds the value of a rank, from 1, among those counted.
+  Stretch Find(std::uint64_t rank) const {
+    std::size_t i = 0;
+    std::uint64_t below = 0;
+    while (rank > below + counts_[i]) below += counts_[i++];
+    const std::uint64_t low = low_ + (std::uint64_t{i} << shift_);
+    const std::uint64_t rest = span_ - (low - low_);
+    return {low, low + std::min(rest, (std::uint64_t{1} << shift_) - 1), counts_[i], below};
+  }
+
+ private:
+  static constexpr int mostBits = 12;  // few enough counts to stay in a cache
+
+  static int Width(std::uint64_t value) {
+    int width = 0;
+    for (; value > 0; value >>= 1) ++width;
+    return width;
+  }
+
+  std::uint64_t low_;
+  std::uint64_t span_;
+  int shift_;
+  std::vector<std::uint32_t> counts_;
+};
+
+// Looks for the value of one rank, which lies in a stretch: gathers what lies there, if it is little.
+struct Wanted {
+  std::uint64_t rank;
+  Counts::Stretch stretch;
+  std::vector<std::uint64_t> gathered = {};
+
+  static constexpr std::uint64_t few = 1024;
+
+  bool IsFound() const { return stretch.low == stretch.high; }
+  bool Gathers() const { return !IsFound() && stretch.count <= few; }
+  void Take(std::uint64_t value) {
+    if (value - stretch.low <= stretch.high - stretch.low) gathered.push_back(value);
+  }
+  void Choose() {
+    const auto place = gathered.begin() + static_cast<std::ptrdiff_t>(rank - stretch.below - 1);
+    std::nth_element(gathered.begin(), place, gathered.end());
+    stretch.low = stretch.high = *place;
+  }
+};
+
+// Nothing is sorted or moved: each round counts the values of the stretch by smaller ones.
+void Narrow(const Values& values, Wanted& wanted) {
+  while (!wanted.IsFound()) {
+    Counts::Stretch& stretch = wanted.stretch;
+    if (wanted.Gathers()) {
+      values.ForEach([&](std::uint64_t value) { wanted.Take(value); });
+      return wanted.Choose();
+    }
+    Counts counts(stretch.low, stretch.high, stretch.count);
+    values.ForEach([&](std::uint64_t value) { counts.Add(value); });
+    const std::uint64_t below = stretch.below;
+    stretch = counts.Find(wanted.rank - below);
+    stretch.below += below;
+  }
+}
+
 }  // namespace
 
-void Values::AddBlock() {
+// Each is twice as long as the one before, up to a limit: little room is left unused.
+void Values::AddBlock(std::uint64_t value, std::uint64_t at) {
+  if (blocks_.empty()) {
+    min_ = max_ = value;
+    minAt_ = maxAt_ = at;
+  }
+  full_ = Count();
   const std::size_t size = blocks_.empty() ? firstBlock : std::min(2 * blocks_.back().size, largestBlock);
   blocks_.push_back({std::unique_ptr<std::uint32_t[]>(new std::uint32_t[size]), size});
-  next_ = blocks_.back().values.get();
+  next_ = begin_ = blocks_.back().values.get();
   end_ = next_ + size;
+}
+
+void Values::Widen(std::uint64_t value, std::uint64_t at) {
+  (value < min_ ? min_ : max_) = value;
+  (value == min_ ? minAt_ : maxAt_) = at;
 }
 
 Summary Values::Summarize() const {
   Summary summary;
-  summary.count = count_;
-  if (count_ == 0) return summary;
-  Sum sum;
-  ForEach([&](std::uint64_t value) { sum.Add(value); });
+  summary.count = Count();
+  if (summary.count == 0) return summary;
   summary.min = min_;
-  summary.minAt = minAt_;
   summary.max = max_;
+  summary.minAt = minAt_;
   summary.maxAt = maxAt_;
-  const auto count = static_cast<double>(count_);
+  Sum sum;
+  Counts counts(min_, max_, summary.count);
+  ForEach([&](std::uint64_t value) {
+    sum.Add(value);
+    counts.Add(value);
+  });
+  const auto count = static_cast<double>(summary.count);
   summary.mean = sum.Value() / count;
+
+  std::vector<Wanted> wanted;
+  for (const std::uint64_t millionths : {50'000'000, 95'000'000, 99'000'000, 99'900'000}) {
+    const std::uint64_t rank = RankOf(summary.count, millionths);
+    wanted.push_back({rank, counts.Find(rank)});
+  }
+  std::vector<Wanted*> gathering;
+  for (Wanted& one : wanted)
+    if (one.Gathers()) gathering.push_back(&one);
   double squares = 0;
   ForEach([&](std::uint64_t value) {
     const double distance = static_cast<double>(value) - summary.mean;
     squares += distance * distance;
+    for (Wanted* one : gathering) one->Take(value);
   });
   summary.stddev = std::sqrt(squares / count);
-  std::vector<Wanted> wanted;
-  for (const std::uint64_t millionths : {50'000'000, 95'000'000, 99'000'000, 99'900'000})
-    wanted.push_back({RankOf(count_, millionths), 0});
-  RankSearch(*this, wanted).Find(summary.min, max_, count_, 0, 0, wanted.size());
-  summary.p50 = wanted[0].value;
-  summary.p95 = wanted[1].value;
-  summary.p99 = wanted[2].value;
-  summary.p999 = wanted[3].value;
+  std::uint64_t* const results[] = {&summary.p50, &summary.p95, &summary.p99, &summary.p999};
+  for (std::size_t i = 0; i < wanted.size(); ++i) {
+    if (wanted[i].Gathers()) wanted[i].Choose();
+    Narrow(*this, wanted[i]);
+    *results[i] = wanted[i].stretch.low;
+  }
   return summary;
 }
 
 std::uint64_t Values::Percentile(double percent) const {
-  std::vector<Wanted> wanted{{RankOf(count_, static_cast<std::uint64_t>(std::llround(percent * 1e6))), 0}};
-  RankSearch(*this, wanted).Find(min_, max_, count_, 0, 0, 1);
-  return wanted[0].value;
-}
-
-std::vector<std::uint64_t> Values::Sorted() const {
-  std::vector<std::uint64_t> sorted;
-  sorted.reserve(static_cast<std::size_t>(count_));
-  ForEach([&](std::uint64_t value) { sorted.push_back(value); });
-  std::sort(sorted.begin(), sorted.end());
-  return sorted;
+  const std::uint64_t rank = RankOf(Count(), static_cast<std::uint64_t>(std::llround(percent * 1e6)));
+  Wanted wanted{rank, {min_, max_, Count(), 0}};
+  Narrow(*this, wanted);
+  return wanted.stretch.low;
 }
 
 }  // namespace analysis

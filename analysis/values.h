@@ -1,6 +1,7 @@
 // A series of numbers, kept whole: exact statistics and comparisons need all of them.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -29,21 +30,13 @@ class Values {
  public:
   // `at` is kept of the first smallest and the first largest value alone.
   void Add(std::uint64_t value, std::uint64_t at) {
-    if (value > max_ || count_ == 0) {
-      max_ = value;
-      maxAt_ = at;
-    }
-    if (value < min_ || count_ == 0) {
-      min_ = value;
-      minAt_ = at;
-    }
-    if (next_ == end_) AddBlock();
-    if (value >= large) AddLarge(value);
+    if (next_ == end_) AddBlock(value, at);
+    if (value - min_ > max_ - min_) Widen(value, at);
+    if (value >= large) large_.push_back(value);
     *next_++ = value < large ? static_cast<std::uint32_t>(value) : large;
-    ++count_;
   }
 
-  std::uint64_t Count() const { return count_; }
+  std::uint64_t Count() const { return full_ + static_cast<std::uint64_t>(next_ - begin_); }
   std::uint64_t Min() const { return min_; }
   std::uint64_t MinAt() const { return minAt_; }
   std::uint64_t Max() const { return max_; }
@@ -51,14 +44,13 @@ class Values {
   Summary Summarize() const;
   // By nearest rank, of `percent` above 0 and up to 100; there must be values.
   std::uint64_t Percentile(double percent) const;
-  std::vector<std::uint64_t> Sorted() const;
 
   // In order. `use` takes a std::uint64_t.
   template <class Use>
   void ForEach(Use use) const {
     std::size_t nextLarge = 0;
     for (const Block& block : blocks_) {
-      const std::uint32_t* end = &block == &blocks_.back() ? next_ : block.values.get() + block.size;
+      const std::uint32_t* end = block.values.get() == begin_ ? next_ : block.values.get() + block.size;
       for (const std::uint32_t* value = block.values.get(); value != end; ++value)
         use(*value == large ? large_[nextLarge++] : std::uint64_t{*value});
     }
@@ -71,18 +63,20 @@ class Values {
     std::unique_ptr<std::uint32_t[]> values;
     std::size_t size;
   };
-  void AddBlock();
-  void AddLarge(std::uint64_t value) { large_.push_back(value); }
+  void AddBlock(std::uint64_t value, std::uint64_t at);
+  void Widen(std::uint64_t value, std::uint64_t at);
 
-  std::vector<Block> blocks_;
-  std::vector<std::uint64_t> large_;
+  // Of the last block.
   std::uint32_t* next_ = nullptr;
   std::uint32_t* end_ = nullptr;
-  std::uint64_t count_ = 0;
   std::uint64_t min_ = 0;
-  std::uint64_t minAt_ = 0;
   std::uint64_t max_ = 0;
+  std::uint32_t* begin_ = nullptr;
+  std::uint64_t full_ = 0;  // values in the blocks before
+  std::uint64_t minAt_ = 0;
   std::uint64_t maxAt_ = 0;
+  std::vector<Block> blocks_;
+  std::vector<std::uint64_t> large_;
 };
 
 }  // namespace analysis

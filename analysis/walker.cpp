@@ -26,6 +26,7 @@ class LaneWalker {
   void LoseRecords(const Gap& gap);
   void TakeTick();
 
+  const Record& TheSwitch() const;
   void TakeOneSwitch();
   void TakeCrowd();
   void NameTasks();
@@ -41,7 +42,7 @@ class LaneWalker {
   void TellMark(ETLLogType type, SubjectIndex subject, TaskIndex running);
   TaskIndex TaskOf(SubjectIndex subject) const { return lane_.Names().IsTask(subject) ? subject : noTask; }
   std::uint32_t PriorityOf(TaskIndex task) const { return lane_.Tasks()[task].priority; }
-  bool IsFirstRecord() const { return isFirstTick_ && tick_.records.size() == 1; }
+  bool IsFirstRecord() const { return isFirstTick_ && tick_.Size() == 1; }
 
   const Lane& lane_;
   const Conventions& conventions_;
@@ -53,6 +54,8 @@ class LaneWalker {
   std::vector<Named> named_;
   std::vector<std::uint32_t> places_;  // by TaskIndex: 1 + its place in `named_`
   std::size_t nextGap_ = 0;
+  Ticks nextGapBegin_ = 0;
+  Ticks lostUntil_ = 0;
   bool isFirstTick_;
 
   TaskIndex running_ = noTask;
@@ -75,9 +78,8 @@ LaneWalker::LaneWalker(const Lane& lane, const Conventions& conventions,
 void LaneWalker::Walk() {
   FindWhoRuns();
   while (reader_.Next(tick_)) {
-    PassGapsBefore(tick_.time);
-    const bool isLost = nextGap_ > 0 && tick_.time < lane_.Gaps()[nextGap_ - 1].to;
-    if (!isLost) TakeTick();
+    if (tick_.time > nextGapBegin_) PassGapsBefore(tick_.time);
+    if (tick_.time >= lostUntil_) TakeTick();
     isFirstTick_ = false;
   }
   PassGapsBefore(UINT64_MAX);
@@ -103,8 +105,9 @@ void LaneWalker::FindWhoRuns() {
 }
 
 void LaneWalker::PassGapsBefore(Ticks time) {
-  while (nextGap_ < lane_.Gaps().size() && lane_.Gaps()[nextGap_].from < time)
-    LoseRecords(lane_.Gaps()[nextGap_++]);
+  const std::vector<Gap>& gaps = lane_.Gaps();
+  while (nextGap_ < gaps.size() && gaps[nextGap_].from < time) LoseRecords(gaps[nextGap_++]);
+  nextGapBegin_ = nextGap_ < gaps.size() ? gaps[nextGap_].from : UINT64_MAX;
 }
 
 void LaneWalker::LoseRecords(const Gap& gap) {
@@ -112,23 +115,28 @@ void LaneWalker::LoseRecords(const Gap& gap) {
   jobs_.Cut(gap.from);
   for (Visitor* visitor : listeners_.all) visitor->OnGap(gap);
   running_ = noTask;
-  runBegin_ = gap.to;
+  lostUntil_ = runBegin_ = gap.to;
   runIsCut_ = true;
 }
 
 void LaneWalker::TakeTick() {
   if (tick_.switches == 1 && tick_.events == 0) return TakeOneSwitch();
   if (tick_.switches > 0) return TakeCrowd();
-  for (const Record& record : tick_.records) {
+  for (const Record& record : tick_) {
     TellMark(record.type, record.subject, running_);
     if (record.type == TLLogTaskEvent)
       jobs_.Event(TaskOf(record.subject), tick_.time, running_, !IsFirstRecord());
   }
 }
 
+// The first, where there are several.
+const Record& LaneWalker::TheSwitch() const {
+  return *std::find_if(tick_.begin(), tick_.end(),
+                       [](const Record& record) { return IsSwitch(record.type); });
+}
+
 void LaneWalker::TakeOneSwitch() {
-  const auto isSwitch = [](const Record& record) { return IsSwitch(record.type); };
-  const Record& record = *std::find_if(tick_.records.begin(), tick_.records.end(), isSwitch);
+  const Record& record = TheSwitch();
   const TaskIndex before = running_;
   const TaskIndex to = TaskOf(record.subject);
   const bool isNewRun = to != before;
@@ -164,7 +172,7 @@ void LaneWalker::TakeCrowd() {
 
 void LaneWalker::NameTasks() {
   named_.clear();
-  for (const Record& record : tick_.records) {
+  for (const Record& record : tick_) {
     const bool isEvent = record.type == TLLogTaskEvent;
     const TaskIndex task = TaskOf(record.subject);
     if (task == noTask || !(isEvent || IsSwitch(record.type))) continue;
@@ -177,9 +185,11 @@ void LaneWalker::NameTasks() {
   }
 }
 
-// Of those named and the one before, the next later switches tell who ran until then; of several it is the
-// one of highest priority. Without a later switch the one before counts only if it is named.
+// A single switch tells it. With several, of those named and the one before, the next later switches tell who
+// ran until then; of several it is the one of highest priority. Without a later switch the one before counts
+// only if it is named.
 TaskIndex LaneWalker::WhoRunsBehind() {
+  if (tick_.switches == 1) return TaskOf(TheSwitch().subject);
   if (named_.size() == 1) return named_[0].task;
   TaskIndex found = noTask;
   const auto consider = [&](TaskIndex task) {
@@ -197,7 +207,7 @@ TaskIndex LaneWalker::WhoRunsBehind() {
 // What the entry says with which the task before left; 3 and 4 are also what a file says that does not know.
 ETLLogType LaneWalker::TypeOfLeaving(TaskIndex behind) const {
   ETLLogType type = running_ != noTask && running_ == conventions_.idle ? TLLogSwitch3 : TLLogSwitch4;
-  for (const Record& record : tick_.records) {
+  for (const Record& record : tick_) {
     if (!IsSwitch(record.type)) continue;
     if (running_ == noTask ? record.subject == behind
                            : record.type != TLLogSwitch3 && record.type != TLLogSwitch4 &&
@@ -229,7 +239,7 @@ Meaning LaneWalker::MeaningOf(ETLLogType type, TaskIndex to) const {
 // if the idle task had the processor meanwhile.
 bool LaneWalker::BeganAnew() const {
   if (running_ == noTask || running_ == conventions_.idle) return false;
-  for (const Record& record : tick_.records) {
+  for (const Record& record : tick_) {
     if (!IsSwitch(record.type)) continue;
     const Meaning meaning = conventions_.meanings.Of(record.type);
     if (meaning == Meaning::done && reader_.MayHaveRun(running_, record)) return true;
@@ -252,8 +262,8 @@ void LaneWalker::EndRun(Ticks time, bool isCut) {
 
 // Those that the task before passed or raised, or the others.
 void LaneWalker::TellMarks(bool ofBefore, TaskIndex before) {
-  if (listeners_.marks.empty() || tick_.records.size() == tick_.switches + tick_.events) return;
-  for (const Record& record : tick_.records) {
+  if (listeners_.marks.empty() || !tick_.HasMarks()) return;
+  for (const Record& record : tick_) {
     if (IsSwitch(record.type) || record.type == TLLogTaskEvent) continue;
     const bool isOfBefore = before != noTask && reader_.MayHaveRun(before, record);
     if (isOfBefore == ofBefore) TellMark(record.type, record.subject, running_);

@@ -12,18 +12,6 @@ void Check(std::uint32_t status, const char* operation) {
   if (status != 0) throw std::runtime_error(fmt::format("{} failed with status 0x{:X}", operation, status));
 }
 
-std::string EntryLine(std::uint64_t time, std::uint32_t type, const char* subject, const char* running) {
-  return fmt::format("{} {} {} {}", time, type, subject, running);
-}
-
-std::string CategoryLine(std::uint32_t kind, const char* name, std::uint32_t id, std::uint32_t priority,
-                         std::int32_t timeSlice) {
-  return fmt::format("{} {} {:X} {} {}", kind, name, id, priority, timeSlice);
-}
-
-const char* NameOf(TLCategory category) { return category ? TLCategoryGetName(category) : "-"; }
-const char* NameOf(const plain::Category* category) { return category ? category->name.c_str() : "-"; }
-
 using LibraryEntries = std::unique_ptr<std::remove_pointer_t<TLEntryIterator>, void (*)(TLEntryIterator)>;
 using LibraryCategories =
     std::unique_ptr<std::remove_pointer_t<TLCategoryIterator>, void (*)(TLCategoryIterator)>;
@@ -62,26 +50,6 @@ TLCategory Library::CategoryNamed(const char* categoryName) const {
   return TLCategoryIteratorNext(categories.get());
 }
 
-Lines Library::Entries() const {
-  const LibraryEntries entries(TLTaskLogGetEntries(log_.get(), nullptr, UINT64_MAX, 0, UINT64_MAX),
-                               TLEntryIteratorDestroy);
-  Lines lines;
-  while (TLEntry entry = TLEntryIteratorNext(entries.get()))
-    lines.push_back(EntryLine(TLEntryGetTimestamp(entry), TLEntryGetType(entry),
-                              NameOf(TLEntryGetCategory(entry, 0)), NameOf(TLEntryGetCategory(entry, 1))));
-  return lines;
-}
-
-Lines Library::Categories() const {
-  const LibraryCategories categories(TLTaskLogGetCategories(log_.get(), 0, nullptr),
-                                     TLCategoryIteratorDestroy);
-  Lines lines;
-  while (TLCategory category = TLCategoryIteratorNext(categories.get()))
-    lines.push_back(CategoryLine(TLCategoryGetType(category), NameOf(category), TLCategoryGetId(category),
-                                 TLTaskGetPriority(category), TLTaskGetTimeslice(category)));
-  return lines;
-}
-
 void Plain::Acquire(std::int32_t kernel) { Check(log_.AppendFromTarget("bench", kernel), "plain acquire"); }
 
 void Plain::Load(const std::string& path) { Check(log_.AppendFromFile(path.c_str()), "plain load"); }
@@ -98,21 +66,6 @@ std::uint64_t Plain::SumOfTimes() const {
 const plain::Category* Plain::CategoryNamed(const char* categoryName) const {
   const auto categories = log_.Categories(0, categoryName);
   return categories.empty() ? nullptr : categories.front();
-}
-
-Lines Plain::Entries() const {
-  Lines lines;
-  for (const plain::Entry& entry : log_.entries)
-    lines.push_back(EntryLine(entry.timestamp, entry.type, NameOf(entry.slots[0]), NameOf(entry.slots[1])));
-  return lines;
-}
-
-Lines Plain::Categories() const {
-  Lines lines;
-  for (const plain::Category* category : log_.Categories())
-    lines.push_back(CategoryLine(category->kind, NameOf(category), category->id, category->priority,
-                                 category->timeSlice));
-  return lines;
 }
 
 }  // namespace bench

@@ -1,5 +1,5 @@
-// What is measured, the library and the plain model, behind one face. Every operation of the library goes
-// through its exports.
+// What is measured, the library and the plain model, behind one face; that both come to the same is what
+// fuzz/ tests. Every operation of the library goes through its exports.
 #pragma once
 
 #include <tasklog/tasklog.h>
@@ -8,14 +8,10 @@
 #include <memory>
 #include <string>
 #include <type_traits>
-#include <vector>
 
 #include "support/plainlog.h"
 
 namespace bench {
-
-// An entry or a category as text, to compare what two subjects hold.
-using Lines = std::vector<std::string>;
 
 class Library {
  public:
@@ -33,8 +29,6 @@ class Library {
   std::uint64_t StartTime() const { return TLTaskLogGetStartTime(log_.get()); }
   std::uint64_t StopTime() const { return TLTaskLogGetStopTime(log_.get()); }
   Category CategoryNamed(const char* categoryName) const;
-  Lines Entries() const;
-  Lines Categories() const;
 
  private:
   struct Destroy {
@@ -58,15 +52,9 @@ class Plain {
   std::uint64_t StartTime() const { return log_.startTime; }
   std::uint64_t StopTime() const { return log_.stopTime; }
   Category CategoryNamed(const char* categoryName) const;
-  Lines Entries() const;
-  Lines Categories() const;
 
  private:
   plain::Log log_;
 };
-
-// Whether both come to the same log, the same file and the same answers, at a size that can be compared entry
-// by entry; says what differs. Measurements of something that gives other results would be worthless.
-bool SubjectsAgree();
 
 }  // namespace bench

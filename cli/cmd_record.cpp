@@ -1,4 +1,6 @@
 // tasklog record: from the controller into TaskLog files. The work is in session.cpp.
+#include <fmt/format.h>
+
 #include "args.h"
 #include "commandline.h"
 #include "failure.h"
@@ -19,26 +21,43 @@ struct Options {
   std::string duration;
   std::string interval;
   bool merge = false;
+  std::string split;
+  std::string keep;
+  std::string until;
+  std::string after;
 };
 
+void RequireTogether(const std::string& option, const char* name, bool met, const char* others) {
+  if (!option.empty() && !met) throw UsageError(fmt::format("{} takes effect only with {}", name, others));
+}
+
 RecordRequest Checked(const Options& options) {
-  constexpr milliseconds shortest{1};
+  static constexpr milliseconds shortest{1};
   constexpr milliseconds usualInterval{200};
+  const bool goesOn = !options.duration.empty() || !options.split.empty() || !options.until.empty();
   if (options.output.empty()) throw UsageError("--output: the name is empty");
-  if (!options.trigger.empty() && !options.start)
-    throw UsageError("--trigger takes effect only with --start");
-  if (!options.interval.empty() && options.duration.empty()) {
-    throw UsageError("--every takes effect only with --for");
-  }
+  RequireTogether(options.trigger, "--trigger", options.start, "--start");
+  RequireTogether(options.interval, "--every", goesOn, "--for, --split or --until");
+  RequireTogether(options.keep, "--keep", !options.split.empty(), "--split");
+  RequireTogether(options.after, "--after", goesOn, "--for, --split or --until");
+  if (options.merge && !options.split.empty()) throw UsageError("--merge does not go with --split");
   RecordRequest request{.target = options.target,
                         .path = options.output,
                         .loggers = ParseLoggers(options.loggers),
                         .merge = options.merge,
                         .start = options.start,
                         .trigger = options.trigger,
+                        .goesOn = goesOn,
                         .interval = usualInterval};
-  if (!options.duration.empty()) request.duration = WaitingTime("--for", options.duration, shortest);
-  if (!options.interval.empty()) request.interval = WaitingTime("--every", options.interval, shortest);
+  const auto take = [](std::chrono::nanoseconds& time, const char* name, const std::string& text) {
+    if (!text.empty()) time = WaitingTime(name, text, shortest);
+  };
+  take(request.duration, "--for", options.duration);
+  take(request.interval, "--every", options.interval);
+  take(request.split, "--split", options.split);
+  take(request.keep, "--keep", options.keep);
+  take(request.after, "--after", options.after);
+  if (!options.until.empty()) request.until.emplace(options.until);
   return request;
 }
 
@@ -62,6 +81,15 @@ std::function<int()> Declare(CLI::App& app) {
       ->type_name("TIME");
   app.add_option("--every", options->interval, "Read so often (with --for; default 200ms)")
       ->type_name("TIME");
+  app.add_option("--split", options->split, "Write a segment every so often: kernel1.0001.tasklog, ...")
+      ->type_name("TIME");
+  app.add_option("--keep", options->keep, "Remove segments that ended longer ago (with --split)")
+      ->type_name("TIME");
+  app.add_option("--until", options->until,
+                 "End when this happens: issue:NAME, testpoint:NAME or\nevent:TASK")
+      ->type_name("SELECTOR");
+  app.add_option("--after", options->after, "Go on for so long behind that; SIGUSR1 counts as it")
+      ->type_name("TIME");
   app.add_flag("--merge", options->merge, "Put all loggers into one file");
   return [options] { return Record(Checked(*options)); };
 }
@@ -71,7 +99,8 @@ std::function<int()> Declare(CLI::App& app) {
 const Command recordCommand{"record", "Read loggers of a controller and save what they hold",
                             "Examples:\n"
                             "  tasklog record demo -o demo.tasklog\n"
-                            "  tasklog record demo --logger all --start --for 10s -o demo-logs",
+                            "  tasklog record demo --logger all --start --for 10s -o demo-logs\n"
+                            "  tasklog record demo --split 5min --keep 1h --until issue:LATE -o night",
                             Declare};
 
 }  // namespace cli

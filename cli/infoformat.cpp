@@ -168,8 +168,8 @@ std::string TextOrNull(const std::string& text) { return text.empty() ? "null" :
 void PrintJsonRecording(Buffer& out, const Lane& lane, const LaneLog& loaded) {
   const char* separator = "";
   out.append(std::string_view(R"(,"files":[)"));
-  for (const std::string& file : lane.files)
-    Print(out, "{}{}", std::exchange(separator, ","), JsonString(file));
+  for (const LaneFile& file : lane.files)
+    Print(out, "{}{}", std::exchange(separator, ","), JsonString(file.path));
   out.append(std::string_view(R"(],"gaps":[)"));
   separator = "";
   for (const Gap& gap : loaded.gaps) {

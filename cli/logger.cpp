@@ -38,9 +38,11 @@ bool HasLogger(const std::string& target, Logger logger) {
 
 }  // namespace
 
-std::string Logger::FileName() const {
-  return kernel == tasklog::schedulerLogger ? "scheduler.tasklog" : fmt::format("kernel{}.tasklog", kernel);
+std::string Logger::Name() const {
+  return kernel == tasklog::schedulerLogger ? "scheduler" : fmt::format("kernel{}", kernel);
 }
+
+std::string Logger::FileName() const { return Name() + ".tasklog"; }
 
 std::string Logger::DescribedOn(const std::string& target) const {
   const std::string base = Quoted(WithoutKernelSuffix(target));

@@ -19,6 +19,7 @@ struct Logger {
   std::int32_t kernel = tasklog::schedulerLogger;
 
   bool operator==(const Logger&) const = default;
+  std::string Name() const;                                  // "scheduler", "kernel1"
   std::string FileName() const;                              // "scheduler.tasklog", "kernel1.tasklog"
   std::string DescribedOn(const std::string& target) const;  // "the logger of kernel 1 of 'demo'"
 };

@@ -37,19 +37,22 @@ std::uint64_t FirstTicksAfter(const tasklog::Log& log, std::uint64_t ticks) {
 
 LoggerReader::Outcome LoggerReader::Read(const tasklog::Progress& progress) {
   RecordCounter counter;
-  const std::uint64_t entriesBefore = log_.EntriesCount(everyType);
+  const std::uint64_t entriesBefore = log_->EntriesCount(everyType);
   Outcome outcome;
-  outcome.lastKnownTicks = log_.StopTime();
-  outcome.status = log_.AppendFromTarget(target_, logger_.kernel, [&](double fraction) {
+  outcome.lastKnownTicks = entriesBefore > 0 ? log_->StopTime() : lastTicks_;
+  outcome.status = log_->AppendFromTarget(target_, logger_.kernel, [&](double fraction) {
     counter.Report(fraction);
     return progress(fraction);
   });
   outcome.completed = counter.Completed();
   if (!outcome.completed) return outcome;
-  const std::uint64_t added = log_.EntriesCount(everyType) - entriesBefore;
-  outcome.lostRecords = sawRecords_ && counter.Records() > 0 && added == counter.Records();
-  if (outcome.lostRecords) outcome.firstNewTicks = FirstTicksAfter(log_, outcome.lastKnownTicks);
+  const std::uint64_t entries = log_->EntriesCount(everyType);
+  const bool sharesNone = entriesBefore > 0 ? entries - entriesBefore == counter.Records()
+                                            : log_->StartTime() > outcome.lastKnownTicks;
+  outcome.lostRecords = sawRecords_ && counter.Records() > 0 && sharesNone;
+  if (outcome.lostRecords) outcome.firstNewTicks = FirstTicksAfter(*log_, outcome.lastKnownTicks);
   sawRecords_ = counter.Records() > 0;
+  if (entries > 0) lastTicks_ = log_->StopTime();
   return outcome;
 }
 

@@ -26,19 +26,23 @@ class LoggerReader {
   // `log` must outlive the reader. Several readers may fill one log; equal entries of two loggers can then
   // hide a loss.
   LoggerReader(std::string target, Logger logger, tasklog::Log& log)
-      : target_(std::move(target)), logger_(logger), log_(log) {}
+      : target_(std::move(target)), logger_(logger), log_(&log) {}
 
   // What `progress` returns decides as for tasklog::Log::AppendFromTarget().
   Outcome Read(const tasklog::Progress& progress);
 
-  Logger Which() const { return logger_; }
+  // From here on reads go into another log, an empty one: the next segment.
+  void GoOnIn(tasklog::Log& log) { log_ = &log; }
+
+  const tasklog::Log& Log() const { return *log_; }
   std::string Description() const { return logger_.DescribedOn(target_); }
 
  private:
   std::string target_;
   Logger logger_;
-  tasklog::Log& log_;
-  bool sawRecords_ = false;  // the buffer held records when it was last read
+  tasklog::Log* log_;
+  bool sawRecords_ = false;      // the buffer held records when it was last read
+  std::uint64_t lastTicks_ = 0;  // of the log, when it was last read
 };
 
 }  // namespace cli

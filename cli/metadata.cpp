@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
+#include "analysis/meanings.h"
 #include "args.h"
 
 namespace cli {
@@ -64,13 +65,22 @@ RecordedLogger ParseLogger(const Json& json) {
   return logger;
 }
 
+std::string Switches(const Json& json) {
+  const std::string text = Text(json, "switches");
+  std::string mistake;
+  if (!text.empty() && !analysis::Meanings::Parse(text, mistake)) {
+    throw std::runtime_error("switches: " + mistake);
+  }
+  return text;
+}
+
 Metadata Parse(const Json& json) {
   if (json.at("schema") != schema) throw std::runtime_error("a newer version of this program reads it");
   Metadata metadata{.tool = Text(json, "tool"),
                     .target = Text(json, "target"),
                     .startedAt = Text(json, "startedAt"),
                     .endedAt = Text(json, "endedAt"),
-                    .switches = Text(json, "switches"),
+                    .switches = Switches(json),
                     .idleTask = Text(json, "idleTask"),
                     .merged = json.at("merged").get<bool>(),
                     .endedBy = {},
@@ -112,6 +122,11 @@ Metadata ParseMetadata(const std::string& json) {
     const std::string text = error.what();  // "[json.exception.parse_error.101] parse error at line 1, ..."
     throw std::runtime_error(text.substr(text.find("] ") + 2));
   }
+}
+
+bool LooksLikeMetadata(const std::string& json) {
+  const Json parsed = Json::parse(json, nullptr, false);
+  return parsed.is_object() && parsed.contains("schema") && parsed.contains("loggers");
 }
 
 }  // namespace cli

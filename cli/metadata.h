@@ -61,4 +61,7 @@ std::string ToJson(const Metadata& metadata);
 // Throws std::runtime_error that says what is wrong.
 Metadata ParseMetadata(const std::string& json);
 
+// Whether it is metadata, of whatever version.
+bool LooksLikeMetadata(const std::string& json);
+
 }  // namespace cli

@@ -91,45 +91,41 @@ class Finder {
   // missing was let go, or not finished when the recording was killed.
   void AddRecording(const std::string& folder, const std::shared_ptr<const Metadata>& metadata) {
     for (const RecordedLogger& logger : metadata->loggers) {
-      Lane lane{logger.name, (fs::path(folder) / logger.name).string(), {}, metadata, &logger};
+      Lane lane{logger.name, (fs::path(folder) / logger.name).string()};
       for (const RecordedFile& file : logger.files) {
         const fs::path path = fs::path(folder) / fs::path(file.name).filename();
         std::error_code error;
-        if (fs::exists(path, error)) lane.files.push_back(path.string());
+        if (fs::exists(path, error)) lane.files.push_back({path.string(), metadata, &logger});
       }
-      if (lane.files.size() == 1) lane.shownAs = lane.files.front();
+      if (lane.files.size() == 1) lane.shownAs = lane.files.front().path;
       lanes_.push_back(std::move(lane));
     }
   }
 
   void AddFile(const std::string& path) {
-    Lane lane{StemOf(path), path, {path}, metadata_.At(MetadataOfFile(path)), nullptr};
-    if (lane.metadata && lane.metadata->loggers.size() == 1) lane.logger = &lane.metadata->loggers.front();
-    if (!lane.metadata) UseMetadataOfFolder(lane);
-    if (SegmentNumber(path) && JoinLane(lane)) return;
-    lanes_.push_back(std::move(lane));
+    const LaneFile file = WithMetadata(path);
+    if (SegmentNumber(path) && JoinLane(file)) return;
+    lanes_.push_back({StemOf(path), path, {file}});
   }
 
-  void UseMetadataOfFolder(Lane& lane) {
-    const fs::path path(lane.files.front());
-    const auto metadata = metadata_.At(MetadataOfFolder(path.parent_path().string()));
-    if (!metadata) return;
-    lane.logger = LoggerOf(*metadata, path.filename().string());
-    if (lane.logger) lane.metadata = metadata;
+  LaneFile WithMetadata(const std::string& path) {
+    if (const auto own = metadata_.At(MetadataOfFile(path))) return {path, own, &own->loggers.front()};
+    const fs::path place(path);
+    const auto shared = metadata_.At(MetadataOfFolder(place.parent_path().string()));
+    const RecordedLogger* const logger = shared ? LoggerOf(*shared, place.filename().string()) : nullptr;
+    return logger ? LaneFile{path, shared, logger} : LaneFile{path};
   }
 
   // Puts a segment into the lane that has others of its name; false when there is none yet.
-  bool JoinLane(const Lane& lane) {
-    const std::string& path = lane.files.front();
-    const auto [place, isFirst] = segmentLanes_.try_emplace(PathStemOf(path), lanes_.size());
+  bool JoinLane(const LaneFile& file) {
+    const auto [place, isFirst] = segmentLanes_.try_emplace(PathStemOf(file.path), lanes_.size());
     if (isFirst) return false;
-    Lane& other = lanes_[place->second];
-    const auto behind = [](const std::string& a, const std::string& b) {
-      return SegmentNumber(a) < SegmentNumber(b);
-    };
-    const auto at = std::upper_bound(other.files.begin(), other.files.end(), path, behind);
-    if (at == other.files.begin() || *std::prev(at) != path) other.files.insert(at, path);
-    if (other.files.size() > 1) other.shownAs = PathStemOf(path);
+    Lane& lane = lanes_[place->second];
+    const auto at = std::lower_bound(
+        lane.files.begin(), lane.files.end(), file,
+        [](const LaneFile& a, const LaneFile& b) { return SegmentNumber(a.path) < SegmentNumber(b.path); });
+    if (at == lane.files.end() || at->path != file.path) lane.files.insert(at, file);
+    if (lane.files.size() > 1) lane.shownAs = PathStemOf(file.path);
     return true;
   }
 
@@ -157,27 +153,32 @@ std::string IdleTaskOf(const tasklog::Log& log, const std::string& pattern) {
   return idle ? idle->Name() : "";
 }
 
-void AddGaps(std::vector<Gap>& gaps, const std::vector<Gap>& more, const Period& period) {
-  for (const Gap& gap : more) {
-    if (gap.from < period.stop && gap.to > period.start) gaps.push_back(gap);
-  }
+void SortGaps(std::vector<Gap>& gaps, const Period& period) {
+  std::erase_if(gaps, [&](const Gap& gap) { return gap.to <= period.start || gap.from >= period.stop; });
   std::sort(gaps.begin(), gaps.end(), [](const Gap& a, const Gap& b) { return a.from < b.from; });
   gaps.erase(std::unique(gaps.begin(), gaps.end()), gaps.end());
 }
 
 void UseMetadata(const Lane& lane, const std::vector<Period>& periods, LaneLog& loaded) {
-  if (!lane.metadata) return;
-  const RecordedLogger& logger = lane.logger ? *lane.logger : lane.metadata->loggers.at(0);
+  const RecordedLogger* used = nullptr;
   for (std::size_t i = 0; i < lane.files.size(); ++i) {
-    if (Describes(logger, lane.files[i], periods[i])) continue;
-    return PrintWarning("the metadata beside " + Quoted(lane.files[i]) +
-                        " was written for another file of this name and is not used");
+    const LaneFile& file = lane.files[i];
+    if (!file.metadata) continue;
+    if (!Describes(*file.logger, file.path, periods[i])) {
+      PrintWarning("the metadata beside " + Quoted(file.path) +
+                   " was written for another file of this name and is not used");
+      continue;
+    }
+    if (!loaded.metadata) loaded.metadata = file.metadata;
+    if (used == file.logger) continue;  // segments share their metadata
+    used = file.logger;
+    loaded.gaps.insert(loaded.gaps.end(), used->gaps.begin(), used->gaps.end());
   }
-  loaded.metadata = lane.metadata;
-  loaded.switches = lane.metadata->switches;
-  loaded.idleTask = IdleTaskOf(loaded.log, lane.metadata->idleTask);
-  loaded.merged = lane.metadata->merged && lane.metadata->loggers.size() > 1;
-  AddGaps(loaded.gaps, logger.gaps, {loaded.log.StartTime(), loaded.log.StopTime()});
+  SortGaps(loaded.gaps, {loaded.log.StartTime(), loaded.log.StopTime()});
+  if (!loaded.metadata) return;
+  loaded.switches = loaded.metadata->switches;
+  loaded.idleTask = IdleTaskOf(loaded.log, loaded.metadata->idleTask);
+  loaded.merged = loaded.metadata->merged && loaded.metadata->loggers.size() > 1;
 }
 
 }  // namespace
@@ -193,10 +194,20 @@ LaneLog LoadLane(const Lane& lane) {
     throw Failure(
         fmt::format("reading {}: no TaskLog files (*{}) are there", Quoted(lane.shownAs), extension));
   }
-  JoinedFiles joined = JoinFiles(lane.files);
+  std::vector<std::string> paths;
+  for (const LaneFile& file : lane.files) paths.push_back(file.path);
+  JoinedFiles joined = JoinFiles(paths);
   LaneLog loaded{.log = std::move(joined.log), .gaps = std::move(joined.gaps)};
   UseMetadata(lane, joined.periods, loaded);
   return loaded;
+}
+
+bool IsMetadata(const std::string& path) {
+  try {
+    return LooksLikeMetadata(ReadMetadata(path));
+  } catch (const std::runtime_error&) {
+    return false;
+  }
 }
 
 std::string MetadataOfFile(const std::string& path) { return path + ".json"; }

@@ -19,12 +19,16 @@
 
 namespace cli {
 
-struct Lane {
-  std::string name = {};                // "kernel1"; without metadata that of the file
-  std::string shownAs;                  // in output and messages: the file as typed, or FOLDER/kernel1
-  std::vector<std::string> files = {};  // paths in order; those of a folder that holds no logs are none
+struct LaneFile {
+  std::string path;
   std::shared_ptr<const Metadata> metadata = {};  // null: there is none, or it is damaged
-  const RecordedLogger* logger = nullptr;         // in `metadata`; null also for a file of several loggers
+  const RecordedLogger* logger = nullptr;         // in `metadata`; of a file of several loggers the first
+};
+
+struct Lane {
+  std::string name;                  // "kernel1"; without metadata that of the file
+  std::string shownAs;               // in output and messages: the file as typed, or FOLDER/kernel1
+  std::vector<LaneFile> files = {};  // in order; a folder that holds no logs has none
 };
 
 struct LaneLog {
@@ -47,5 +51,8 @@ LaneLog LoadLane(const Lane& lane);
 // The file beside `path`, or in the folder `path`, that holds the metadata.
 std::string MetadataOfFile(const std::string& path);
 std::string MetadataOfFolder(const std::string& path);
+
+// Whether what lies there is metadata, of whatever version.
+bool IsMetadata(const std::string& path);
 
 }  // namespace cli

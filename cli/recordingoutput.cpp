@@ -6,8 +6,10 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
 
 #include "failure.h"
+#include "recording.h"
 #include "text.h"
 
 namespace cli {
@@ -53,61 +55,78 @@ class FolderLock {
   int fd_;
 };
 
+// Users have JSON files, too, and a file's name decides which one its metadata would replace.
+void CheckIsMetadata(const std::string& path, const std::string& place) {
+  CheckReplaceable(path, place);
+  if (KindAt(path, place) == 0 || IsMetadata(place)) return;
+  throw InTheWay(path,
+                 "something else than the metadata of a recording is there; remove it or write elsewhere");
+}
+
 }  // namespace
+
+RecordingOutput::Item RecordingOutput::NewItem(const std::string& place, const std::string& shownPath) const {
+  const std::string name = place.substr(place.rfind('/') + 1);
+  return {newFolder_ ? TempFile::Named(newFolder_->Path() + "/" + name) : TempFile::InFolder(FolderOf(place)),
+          place, shownPath};
+}
 
 RecordingOutput RecordingOutput::File(const std::string& path) {
   if (path.ends_with('/')) throw InTheWay(path, "this names a folder, and a file is to be written");
   RecordingOutput output;
-  output.place_ = ResolvedPlace(path);
-  CheckReplaceable(path, output.place_);
-  output.files_.push_back(TempFile::InFolder(FolderOf(output.place_)));
-  output.shownPaths_.push_back(path);
+  const std::string place = ResolvedPlace(path);
+  output.folder_ = FolderOf(place);
+  CheckReplaceable(path, place);
+  output.files_.push_back(output.NewItem(place, path));
+  const std::string beside = MetadataOfFile(path);
+  if (beside.size() - (beside.rfind('/') + 1) > NAME_MAX) return output;
+  const std::string besidePlace = ResolvedPlace(beside);
+  CheckIsMetadata(beside, besidePlace);
+  output.metadata_.emplace(output.NewItem(besidePlace, beside));
   return output;
 }
 
 RecordingOutput RecordingOutput::Folder(const std::string& path, const std::vector<std::string>& names) {
   RecordingOutput output;
-  output.place_ = ResolvedPlace(path);
-  output.names_ = names;
-  const mode_t kind = KindAt(path, output.place_);
+  output.folder_ = ResolvedPlace(path);
+  const mode_t kind = KindAt(path, output.folder_);
   if (kind != 0 && kind != S_IFDIR) {
     throw InTheWay(path, "it is a file, and several loggers need a folder (--merge puts them into one file)");
   }
-  if (kind == 0) output.newFolder_ = std::make_unique<TempFolder>(FolderOf(output.place_));
+  if (kind == 0) output.newFolder_ = std::make_unique<TempFolder>(FolderOf(output.folder_));
+  const std::string shownFolder = path + (path.ends_with('/') ? "" : "/");
   for (const std::string& name : names) {
-    const std::string shownPath = path + (path.ends_with('/') ? "" : "/") + name;
-    if (kind != 0) CheckReplaceable(shownPath, output.place_ + "/" + name);
-    output.files_.push_back(kind != 0 ? TempFile::InFolder(output.place_)
-                                      : TempFile::Named(output.newFolder_->Path() + "/" + name));
-    output.shownPaths_.push_back(shownPath);
+    const std::string place = output.folder_ + "/" + name;
+    if (kind != 0) CheckReplaceable(shownFolder + name, place);
+    output.files_.push_back(output.NewItem(place, shownFolder + name));
   }
+  const std::string place = MetadataOfFolder(output.folder_);
+  if (kind != 0) CheckIsMetadata(MetadataOfFolder(path), place);
+  output.metadata_.emplace(output.NewItem(place, MetadataOfFolder(path)));
   return output;
 }
 
-void RecordingOutput::Commit() {
-  for (std::size_t i = 0; i < files_.size(); ++i) {
-    files_[i].TakePermissionsFor(names_.empty() ? place_ : place_ + "/" + names_[i]);
-    files_[i].Sync();
-  }
-  if (names_.empty()) {
-    files_[0].RenameTo(place_);
-  } else if (!newFolder_) {
-    MoveFilesInto(place_);
-  } else {
-    SyncFolder(newFolder_->Path());
-    if (newFolder_->RenameTo(place_)) {
-      for (TempFile& file : files_) file.Keep();
-    } else {
-      MoveFilesInto(place_);
-    }
-  }
-  SyncFolder(FolderOf(place_));
+void RecordingOutput::Commit(std::string_view metadata, MetadataComes order) {
+  if (metadata_) metadata_->temporary.Write(metadata);
+  if (metadata_) metadata_->temporary.Finish(metadata_->place);
+  for (const Item& item : files_) item.temporary.Finish(item.place);
+  if (!newFolder_) return MoveIntoPlace(order);
+  SyncFolder(newFolder_->Path());
+  if (!newFolder_->RenameTo(folder_)) return MoveIntoPlace(order);
+  for (Item& item : files_) item.temporary.Keep();
+  metadata_->temporary.Keep();
+  SyncFolder(FolderOf(folder_));
 }
 
-void RecordingOutput::MoveFilesInto(const std::string& folder) {
-  const FolderLock lock(folder);
-  for (std::size_t i = 0; i < files_.size(); ++i) files_[i].RenameTo(folder + "/" + names_[i]);
-  SyncFolder(folder);
+void RecordingOutput::MoveIntoPlace(MetadataComes order) {
+  const FolderLock lock(folder_);
+  const auto moveMetadata = [&](MetadataComes now) {
+    if (metadata_ && order == now) metadata_->temporary.RenameTo(metadata_->place);
+  };
+  moveMetadata(MetadataComes::first);
+  for (Item& item : files_) item.temporary.RenameTo(item.place);
+  moveMetadata(MetadataComes::last);
+  SyncFolder(folder_);
 }
 
 }  // namespace cli

@@ -1,9 +1,11 @@
-// Where a recording goes: one file, or a folder with one file for each logger. Complete or not at all.
+// Where a recording goes: one file, or a folder with one file for each logger; its metadata beside them.
+// Complete or not at all.
 #pragma once
 
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "tempfile.h"
@@ -20,23 +22,31 @@ class RecordingOutput {
   std::size_t Count() const { return files_.size(); }
 
   // The unfinished file to save to.
-  const std::string& SavePath(std::size_t index) const { return files_[index].Path(); }
+  const std::string& SavePath(std::size_t index) const { return files_[index].temporary.Path(); }
 
   // What the file will be called, in the user's words.
-  const std::string& ShownPath(std::size_t index) const { return shownPaths_[index]; }
+  const std::string& ShownPath(std::size_t index) const { return files_[index].shownPath; }
 
-  // Puts all files in their places. Throws Failure.
-  void Commit();
+  // Puts all files in their places. Metadata that comes first names files that are not there yet, metadata
+  // that comes last lacks files that are. Throws Failure.
+  enum class MetadataComes { first, last };
+  void Commit(std::string_view metadata, MetadataComes order);
 
  private:
-  RecordingOutput() = default;
-  void MoveFilesInto(const std::string& folder);
+  struct Item {
+    TempFile temporary;
+    std::string place;
+    std::string shownPath;
+  };
 
-  std::string place_;                      // the file or the folder
+  RecordingOutput() = default;
+  Item NewItem(const std::string& place, const std::string& shownPath) const;
+  void MoveIntoPlace(MetadataComes order);
+
+  std::string folder_;                     // holds the files
   std::unique_ptr<TempFolder> newFolder_;  // before files_: goes when they are gone
-  std::vector<TempFile> files_;
-  std::vector<std::string> names_;  // of the files in a folder; empty for a single file
-  std::vector<std::string> shownPaths_;
+  std::vector<Item> files_;
+  std::optional<Item> metadata_;  // empty: there is no place for it
 };
 
 }  // namespace cli

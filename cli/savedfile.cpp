@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "failure.h"
+#include "notcarried.h"
 #include "text.h"
 
 namespace cli {
@@ -34,7 +35,10 @@ SavedFile SaveChecked(const tasklog::Log& log, const std::string& path, const st
     throw Failure(saving + ", reading it back", status);
   }
   if (!SameFrame(log, readBack)) throw Failure(saving + ": the file does not hold what was recorded");
-  return {readBack.EntriesCount(), readBack.StopTime() - readBack.StartTime(), readBack.TicksPerSecond()};
+  return {readBack.EntriesCount(),
+          {readBack.StartTime(), readBack.StopTime()},
+          readBack.TicksPerSecond(),
+          NotCarried(log, readBack)};
 }
 
 }  // namespace cli

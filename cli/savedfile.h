@@ -5,13 +5,16 @@
 #include <string>
 #include <tasklog/tasklog.hpp>
 
+#include "metadata.h"
+
 namespace cli {
 
 // What a saved file holds, as any reader will see it.
 struct SavedFile {
   std::uint64_t entries;
-  std::uint64_t periodTicks;
+  Period period;
   std::uint64_t ticksPerSecond;
+  std::string notCarried;  // what the log has and the file has not: docs/cli.md; empty: nothing
 };
 
 // Saves `log` to `path` and reads it back: the library does not report what goes wrong when it closes the

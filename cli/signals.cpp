@@ -21,11 +21,13 @@ constexpr int requestsUntilAbort = 3;
 constexpr std::size_t mostUnfinished = 300;
 
 std::atomic<int> stopRequests{0};
+std::atomic<bool> keepRequested{false};
 std::array<std::atomic<const char*>, mostUnfinished> unfinished{};
 // Each request makes it readable, so that no request slips between a check and a wait.
 std::array<int, 2> wakeUp{-1, -1};
 
-static_assert(std::atomic<const char*>::is_always_lock_free && std::atomic<int>::is_always_lock_free);
+static_assert(std::atomic<const char*>::is_always_lock_free && std::atomic<int>::is_always_lock_free &&
+              std::atomic<bool>::is_always_lock_free);
 
 void RemoveUnfinished() {
   // Folders were marked before the files in them.
@@ -41,6 +43,13 @@ extern "C" void HandleStopSignal(int signal) {
     RemoveUnfinished();
     ::_exit(128 + signal);
   }
+  [[maybe_unused]] const ssize_t written = ::write(wakeUp[1], "", 1);
+  errno = savedErrno;
+}
+
+extern "C" void HandleKeepSignal(int) {
+  const int savedErrno = errno;
+  keepRequested = true;
   [[maybe_unused]] const ssize_t written = ::write(wakeUp[1], "", 1);
   errno = savedErrno;
 }
@@ -62,18 +71,25 @@ void CatchStopSignals() {
     // Whoever started us with a signal ignored (nohup) wants it so.
     if (previous.sa_handler != SIG_IGN) ::sigaction(signal, &action, nullptr);
   }
+  action.sa_handler = HandleKeepSignal;
+  ::sigaction(SIGUSR1, &action, nullptr);
 }
 
 int StopRequests() { return stopRequests.load(); }
 
+bool TakeKeepRequest() { return keepRequested.exchange(false); }
+
 void WaitUntil(std::chrono::steady_clock::time_point time) {
   using std::chrono::milliseconds;
-  while (StopRequests() == 0) {
+  while (StopRequests() == 0 && !keepRequested) {
     const auto left = std::chrono::ceil<milliseconds>(time - std::chrono::steady_clock::now());
     if (left <= milliseconds::zero()) return;
     constexpr milliseconds longestPoll{1000 * 1000};
     pollfd wake{wakeUp[0], POLLIN, 0};
     ::poll(&wake, 1, static_cast<int>(std::min(left, longestPoll).count()));
+    char taken[16];
+    while (::read(wakeUp[0], taken, sizeof taken) > 0) {  // or the next wait would end at once
+    }
   }
 }
 

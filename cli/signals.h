@@ -5,14 +5,17 @@
 
 namespace cli {
 
-// From here on SIGINT, SIGTERM and SIGHUP only count as requests to stop. A third one, for a target that
-// never answers, removes the unfinished files and ends the process.
+// From here on SIGINT, SIGTERM and SIGHUP only count as requests to stop, and SIGUSR1 as one to keep. A third
+// one to stop, for a target that never answers, removes the unfinished files and ends the process.
 void CatchStopSignals();
 
 // How often a stop was requested.
 int StopRequests();
 
-// Waits until `time`, or until a stop is requested (also one from before the call).
+// SIGUSR1, "keep what you have": whether it came since the last call.
+bool TakeKeepRequest();
+
+// Waits until `time`, or until one of these requests is there (also one from before the call).
 void WaitUntil(std::chrono::steady_clock::time_point time);
 
 // Marks a file or empty folder as unfinished; the text must stay as it is until it is unmarked.

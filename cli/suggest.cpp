@@ -1,5 +1,7 @@
 #include "suggest.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 
 #include "text.h"
@@ -49,13 +51,19 @@ std::string Suggestion(std::string_view word, const std::vector<std::string>& na
   return nearest ? "; did you mean " + Quoted(*nearest) + "?" : std::string();
 }
 
-std::string Alternatives(const std::vector<std::string>& names) {
+std::string Listed(const std::vector<std::string>& parts, const char* lastWord) {
   std::string list;
-  for (std::size_t i = 0; i < names.size(); ++i) {
-    if (i > 0) list += i + 1 == names.size() ? " or " : ", ";
-    list += Quoted(names[i]);
+  for (std::size_t i = 0; i < parts.size(); ++i) {
+    if (i > 0) list += i + 1 == parts.size() ? fmt::format(" {} ", lastWord) : ", ";
+    list += parts[i];
   }
   return list;
+}
+
+std::string Alternatives(const std::vector<std::string>& names) {
+  std::vector<std::string> quoted;
+  for (const std::string& name : names) quoted.push_back(Quoted(name));
+  return Listed(quoted, "or");
 }
 
 }  // namespace cli

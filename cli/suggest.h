@@ -15,6 +15,9 @@ std::size_t EditDistance(std::string_view a, std::string_view b);
 // "; did you mean 'x'?" with the nearest of the names, or nothing when none is near.
 std::string Suggestion(std::string_view word, const std::vector<std::string>& names);
 
+// "a, b or c".
+std::string Listed(const std::vector<std::string>& parts, const char* lastWord);
+
 // "'a', 'b' or 'c'".
 std::string Alternatives(const std::vector<std::string>& names);
 

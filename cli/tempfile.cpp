@@ -90,7 +90,17 @@ void TempFile::TakePermissionsFor(const std::string& place) const {
   if (::fchmod(fd_, mode) != 0) throw WritingFailed(place, errno);
 }
 
-void TempFile::Sync() const {
+void TempFile::Write(std::string_view bytes) const {
+  while (!bytes.empty()) {
+    const ssize_t written = ::write(fd_, bytes.data(), bytes.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) throw WritingFailed(*path_, errno);
+    bytes.remove_prefix(static_cast<std::size_t>(written));
+  }
+}
+
+void TempFile::Finish(const std::string& place) const {
+  TakePermissionsFor(place);
   // Some file systems cannot (EINVAL); that says nothing about the content.
   if (::fsync(fd_) != 0 && errno != EINVAL) throw WritingFailed(*path_, errno);
 }

@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace cli {
 
@@ -28,11 +29,11 @@ class TempFile {
 
   const std::string& Path() const { return *path_; }
 
-  // Gives it the permissions of the file at `place` if there is one, else those of any new file.
-  void TakePermissionsFor(const std::string& place) const;
+  void Write(std::string_view bytes) const;
 
-  // Returns once the content is on the disk; the last point at which a full disk can show.
-  void Sync() const;
+  // Gives it the permissions of the file at `place` if there is one, else those of any new file. Returns once
+  // the content is on the disk; the last point at which a full disk can show.
+  void Finish(const std::string& place) const;
 
   // Puts it in its place, also over a file there.
   void RenameTo(const std::string& place);
@@ -42,6 +43,7 @@ class TempFile {
 
  private:
   TempFile(const std::string& path, int fd);
+  void TakePermissionsFor(const std::string& place) const;
 
   // On the heap, so that its text stays in place; null once the file is in its place or moved from.
   std::unique_ptr<std::string> path_;

@@ -19,6 +19,7 @@ install(TARGETS tasklog tasklog_cli
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(TARGETS quor_32 LIBRARY DESTINATION ${simulatorDir} NAMELINK_SKIP)
+install(FILES sim/targets.toml DESTINATION ${simulatorDir})
 install(DIRECTORY include/tasklog DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 
 file(RELATIVE_PATH prefixFromPkgConfig /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)

@@ -2,11 +2,10 @@
 
 #include <algorithm>
 #include <iterator>
-#include <tuple>
-#include <unordered_map>
+#include <utility>
 
 #include "check.h"
-#include "memoryfile.h"
+#include "support/faultstream.h"
 
 namespace fuzz {
 namespace {
@@ -20,9 +19,9 @@ struct Listener {
   }
 
   const Request& request;
+  ScriptedTarget& target;
   std::uint64_t entriesBefore;
-  ScriptedTarget target = {};
-  std::vector<std::tuple<double, std::size_t>> reports = {};
+  std::vector<std::pair<double, std::size_t>> reports = {};
 };
 
 void HearLibrary(TLTaskLog log, double fraction, std::int32_t* proceed, void* user) {
@@ -34,120 +33,101 @@ void HearLibrary(TLTaskLog log, double fraction, std::int32_t* proceed, void* us
   *proceed = listener.Hear(fraction) ? -1 : 0;
 }
 
-// Categories by their place in the log, none as -1.
-template <class Handle>
-using Places = std::unordered_map<Handle, std::ptrdiff_t>;
-
-template <class Handle>
-Places<Handle> PlacesOf(const std::vector<Handle>& handles) {
-  Places<Handle> places{{nullptr, -1}};
-  for (const Handle handle : handles) places.emplace(handle, std::ssize(places) - 1);
-  return places;
-}
-
-// Time, type and the places of both categories.
-using Rows = std::vector<std::tuple<std::uint64_t, std::uint32_t, std::ptrdiff_t, std::ptrdiff_t>>;
-
-Rows RowsOf(TLEntryIterator iterator, const Places<TLCategory>& places) {
-  Rows rows;
-  while (const TLEntry entry = TLEntryIteratorNext(iterator)) {
-    rows.emplace_back(TLEntryGetTimestamp(entry), TLEntryGetType(entry),
-                      places.at(TLEntryGetCategory(entry, 0)), places.at(TLEntryGetCategory(entry, 1)));
-  }
-  Require(TLEntryIteratorNext(iterator) == nullptr, "an iterator at its end stays there");
-  TLEntryIteratorDestroy(iterator);
-  return rows;
-}
-
-Rows RowsOf(plain::Cursor cursor, const Places<const plain::Category*>& places) {
-  Rows rows;
-  while (const plain::Entry* entry = cursor.Next()) {
-    rows.emplace_back(entry->timestamp, entry->type, places.at(entry->slots[0]), places.at(entry->slots[1]));
-  }
-  return rows;
-}
-
-// Kind, name, id, priority and time slice.
-using CategoryRows =
-    std::vector<std::tuple<std::uint32_t, std::string, std::uint32_t, std::uint32_t, std::int32_t>>;
-
-CategoryRows RowsOf(const std::vector<TLCategory>& handles) {
-  CategoryRows rows;
-  for (const TLCategory handle : handles) {
-    rows.emplace_back(TLCategoryGetType(handle), TLCategoryGetName(handle), TLCategoryGetId(handle),
-                      TLTaskGetPriority(handle), TLTaskGetTimeslice(handle));
-  }
-  return rows;
-}
-
-CategoryRows RowsOf(const std::vector<const plain::Category*>& categories) {
-  CategoryRows rows;
-  for (const plain::Category* c : categories)
-    rows.emplace_back(c->kind, c->name, c->id, c->priority, c->timeSlice);
-  return rows;
+void RequireSame(TLCategory library, const plain::Category& model) {
+  RequireEqual("kind of a category", std::uint32_t{TLCategoryGetType(library)}, std::uint32_t{model.kind});
+  Require(model.name == TLCategoryGetName(library), "the name of a category is that of the model");
+  RequireEqual("id of a category", TLCategoryGetId(library), model.id);
+  RequireEqual("priority of a category", TLTaskGetPriority(library), model.priority);
+  RequireEqual("time slice of a category", TLTaskGetTimeslice(library), model.timeSlice);
 }
 
 }  // namespace
 
 std::uint32_t Mirror::AppendFromTarget(const Script& script, const Request& request) {
-  const std::uint64_t entriesBefore = model_.EntriesCount();
-  Listener library{request, entriesBefore};
-  script(library.target);
+  ScriptedTarget target;
+  script(target);
+  Listener library{request, target, model_.EntriesCount()};
   const std::uint32_t status =
       TLTaskLogAppendFromTarget(library_.get(), request.target.c_str(), request.kernel,
                                 request.reports ? HearLibrary : nullptr, &library);
-  Listener model{request, entriesBefore};
-  script(model.target);
+  const std::vector<std::string> calls = std::exchange(target.calls, {});
+  std::optional<ScriptedTarget> unchanged;
+  if (!target.changes.empty()) script(unchanged.emplace());
+  Listener model{request, unchanged ? *unchanged : target, library.entriesBefore};
   const plain::Progress hear = [&](double fraction) { return model.Hear(fraction); };
   RequireEqual("status of an append from a target", status,
                model_.AppendFromTarget(request.target.c_str(), request.kernel,
                                        request.reports ? hear : plain::Progress()));
-  RequireEqual("calls", library.target.calls, model.target.calls);
-  RequireEqual("reports", library.reports, model.reports);
+  Require(calls == model.target.calls, "library and model call the target alike");
+  Require(library.reports == model.reports, "library and model report alike");
+  return status;
+}
+
+std::uint32_t Mirror::AppendFromFile(const char* path) {
+  const std::uint32_t status = TLTaskLogAppendFromFile(library_.get(), path);
+  RequireEqual("status of an append from a file", status, model_.AppendFromFile(path));
   return status;
 }
 
 std::uint32_t Mirror::AppendFromFile(const Bytes& bytes) {
-  const MemoryFile file(bytes);
-  const std::uint32_t status = TLTaskLogAppendFromFile(library_.get(), file.Path());
-  RequireEqual("status of an append from a file", status, model_.AppendFromFile(file.Path()));
-  return status;
+  const FaultFile file(bytes);
+  return AppendFromFile(file.Path());
 }
 
 Bytes Mirror::Save() const {
-  const MemoryFile file;
-  const std::uint32_t status = TLTaskLogSaveAsFile(library_.get(), file.Path());
-  const Bytes library = file.Content();
-  RequireEqual("status of a save", status, model_.SaveAsFile(file.Path()));
-  Require(library == file.Content(), "a save by the library and by the model have the same bytes");
-  return library;
+  FaultFile library;
+  FaultFile model;
+  RequireEqual("status of a save", TLTaskLogSaveAsFile(library_.get(), library.Path()),
+               model_.SaveAsFile(model.Path()));
+  Require(library.content == model.content, "a save by the library and by the model have the same bytes");
+  return std::move(library.content);
 }
 
-void Mirror::Ask(const std::vector<Question>& questions) const {
-  const std::vector<TLCategory> handles = Handles();
-  const auto handlePlaces = PlacesOf(handles);
-  const auto modelPlaces = PlacesOf(model_.Categories());
-  for (const Question& question : questions) {
-    TLCategory handle = nullptr;
-    plain::Filter filter{nullptr, question.types, question.from, question.to};
-    if (question.category && *question.category < handles.size()) {
-      handle = handles[*question.category];
-      filter.category = model_.categories[*question.category].get();
-    }
-    RequireEqual("count of entries",
-                 TLTaskLogGetEntriesCount(library_.get(), handle, filter.types, filter.from, filter.to),
-                 model_.EntriesCount(filter));
-    const TLEntryIterator iterator =
-        TLTaskLogGetEntries(library_.get(), handle, filter.types, filter.from, filter.to);
-    RequireEqual("entries", RowsOf(iterator, handlePlaces), RowsOf(model_.Entries(filter), modelPlaces));
+void Mirror::Ask(const Question& question) const {
+  TLCategory handle = nullptr;
+  plain::Filter filter{nullptr, question.types, question.from, question.to};
+  if (question.category && *question.category < handles_.size()) {
+    handle = handles_[*question.category];
+    filter.category = model_.categories[*question.category].get();
+  }
+  RequireEqual("count of entries",
+               TLTaskLogGetEntriesCount(library_.get(), handle, filter.types, filter.from, filter.to),
+               model_.EntriesCount(filter));
+  const TLEntryIterator iterator =
+      TLTaskLogGetEntries(library_.get(), handle, filter.types, filter.from, filter.to);
+  plain::Cursor cursor = model_.Entries(filter);
+  const plain::Entry* entry = nullptr;
+  do {
+    entry = cursor.Next();
+    RequireSame(TLEntryIteratorNext(iterator), entry);
+  } while (entry);
+  Require(TLEntryIteratorNext(iterator) == nullptr, "an iterator at its end stays there");
+  TLEntryIteratorDestroy(iterator);
+}
+
+void Mirror::RequireSame(TLEntry library, const plain::Entry* model) const {
+  RequireEqual("whether there is another entry", library != nullptr, model != nullptr);
+  if (!model) return;
+  RequireEqual("timestamp", TLEntryGetTimestamp(library), model->timestamp);
+  RequireEqual("type of an entry", std::uint32_t{TLEntryGetType(library)}, model->type);
+  for (std::uint32_t slot = 0; slot < 2; ++slot) {
+    const plain::Category* category = model->slots[slot];
+    Require(TLEntryGetCategory(library, slot) == (category ? handles_[category->place] : nullptr),
+            "an entry holds the categories of the model's");
   }
 }
 
 void Mirror::AskForCategories(std::uint64_t kinds, const char* name) const {
-  const std::vector<TLCategory> handles = Handles(kinds, name);
-  RequireEqual("categories", RowsOf(handles), RowsOf(model_.Categories(kinds, name)));
-  RequireEqual("count of categories", std::size_t{TLTaskLogGetCategoriesCount(library_.get(), kinds, name)},
-               handles.size());
+  std::uint32_t count = 0;
+  const TLCategoryIterator iterator = TLTaskLogGetCategories(library_.get(), kinds, name);
+  for (const plain::Category* category : model_.Categories(kinds, name)) {
+    Require(TLCategoryIteratorNext(iterator) == handles_[category->place], "categories of a name or kind");
+    ++count;
+  }
+  for (int time = 0; time < 2; ++time)
+    Require(TLCategoryIteratorNext(iterator) == nullptr, "an iterator at its end stays there");
+  TLCategoryIteratorDestroy(iterator);
+  RequireEqual("count of categories", TLTaskLogGetCategoriesCount(library_.get(), kinds, name), count);
 }
 
 void Mirror::AskAround() const {
@@ -160,39 +140,33 @@ void Mirror::AskAround() const {
     }
   }
   constexpr std::uint64_t types[] = {0x0, 0xFF, 0x3B, 0x40, 0x7FFF, 0x104, 0x80};
-  std::vector<Question> questions;
   for (std::size_t i = 0; i < times.size(); ++i) {
     Question question{{}, types[i % std::size(types)], times[i], times[(i * 3 + 1) % times.size()]};
-    questions.push_back(question);
+    Ask(question);
     question.category = i;
-    questions.push_back(question);
+    Ask(question);
   }
-  Ask(questions);
   for (std::size_t i = 0; i < std::min<std::size_t>(model_.categories.size(), 6); ++i) {
     AskForCategories(i, model_.categories[i]->name.c_str());
     AskForCategories(i + 3, nullptr);
   }
 }
 
-void Mirror::RequireSame() const {
+void Mirror::RequireSame() {
   RequireEqual("start time", TLTaskLogGetStartTime(library_.get()), model_.startTime);
   RequireEqual("stop time", TLTaskLogGetStopTime(library_.get()), model_.stopTime);
   RequireEqual("ticks per second", TLTaskLogGetTicksPerSecond(library_.get()), model_.ticksPerSecond);
-  AskForCategories(0, nullptr);
-  Ask({{.category = {}, .types = UINT64_MAX}});
+  handles_.clear();
+  const TLCategoryIterator iterator = TLTaskLogGetCategories(library_.get(), 0, nullptr);
+  while (const TLCategory category = TLCategoryIteratorNext(iterator)) handles_.push_back(category);
+  TLCategoryIteratorDestroy(iterator);
+  RequireEqual("number of categories", handles_.size(), model_.categories.size());
+  for (std::size_t i = 0; i < handles_.size(); ++i) fuzz::RequireSame(handles_[i], *model_.categories[i]);
+  Ask({.category = {}, .types = UINT64_MAX});
   const bool sorted =
       std::is_sorted(model_.entries.begin(), model_.entries.end(),
                      [](const plain::Entry& a, const plain::Entry& b) { return a.timestamp < b.timestamp; });
   Require(sorted, "entries lie in time order");
-}
-
-std::vector<TLCategory> Mirror::Handles(std::uint64_t kinds, const char* name) const {
-  std::vector<TLCategory> handles;
-  const TLCategoryIterator iterator = TLTaskLogGetCategories(library_.get(), kinds, name);
-  while (const TLCategory category = TLCategoryIteratorNext(iterator)) handles.push_back(category);
-  Require(TLCategoryIteratorNext(iterator) == nullptr, "an iterator at its end stays there");
-  TLCategoryIteratorDestroy(iterator);
-  return handles;
 }
 
 }  // namespace fuzz

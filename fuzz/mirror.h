@@ -36,25 +36,28 @@ struct Question {
 class Mirror {
  public:
   std::uint32_t AppendFromTarget(const Script& script, const Request& request);
+  std::uint32_t AppendFromFile(const char* path);
   std::uint32_t AppendFromFile(const Bytes& file);
   Bytes Save() const;
 
-  // The entries and their count, for each question.
-  void Ask(const std::vector<Question>& questions) const;
+  // Both hold the same times, categories and entries, and the entries lie in time order. Due after each
+  // append, before questions are asked.
+  void RequireSame();
+
+  // The entries and their count.
+  void Ask(const Question& question) const;
   void AskForCategories(std::uint64_t kinds, const char* name) const;
   // A round of questions around the entries that the log holds.
   void AskAround() const;
 
-  // Both hold the same times, categories and entries, and the entries lie in time order.
-  void RequireSame() const;
-
   const plain::Log& Model() const { return model_; }
 
  private:
-  std::vector<TLCategory> Handles(std::uint64_t kinds = 0, const char* name = nullptr) const;
+  void RequireSame(TLEntry library, const plain::Entry* model) const;  // null behind the last one
 
   LogPtr library_ = NewLog();
   plain::Log model_;
+  std::vector<TLCategory> handles_;  // the library's categories, in the order of the model's
 };
 
 }  // namespace fuzz

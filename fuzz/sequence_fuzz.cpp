@@ -66,7 +66,7 @@ class Sequence {
     question.types = input_.Rarely(4) ? input_.Long() : input_.Byte();
     question.from = Bound(log);
     question.to = input_.Rarely(4) ? UINT64_MAX : Bound(log);
-    log.Ask({question});
+    log.Ask(question);
     const auto& categories = log.Model().categories;
     const char* name =
         categories.empty() ? "Idle" : categories[input_.Byte() % categories.size()]->name.c_str();

@@ -95,10 +95,11 @@ bool Controller::IsPresent(const Processor& processor, const Task& task) const {
 }
 
 const Task& Controller::TaskById(uint32_t id) const {
-  const uint32_t processor = (id >> 16) - 1;
-  const uint32_t task = (id & 0xFFFF) - 1;
-  if (processor < scenario_.processors.size() && task < scenario_.processors[processor].tasks.size()) {
-    return scenario_.processors[processor].tasks[task];
+  const std::lock_guard lock(mutex_);
+  for (const Processor& processor : processors_) {
+    const auto& tasks = processor.spec.tasks;  // the idle task at least, with identifiers in a row
+    const uint32_t index = id - tasks.front().id;
+    if (index < tasks.size() && IsPresent(processor, tasks[index])) return tasks[index];
   }
   throw Failure{unknownTask, fmt::format("The controller has no task 0x{:08X}", id)};
 }

@@ -44,11 +44,11 @@ struct Action {
   Kind kind;
   uint64_t atNs = 0;  // of the cycle's run time
   When when{};
-  uint32_t id = 0;        // testpoint: address; issue: code
+  uint32_t id = 0;        // testpoint: address; issue: code; what begins and ends: alike in both
   uint32_t index = 0;     // event: of the task that it is for; lock, unlock: of the lock
   uint64_t lastsNs = 0;   // wait; stretch: by so much the cycle's run time grows here
   uint64_t jitterNs = 0;  // a wait varies by up to this in both directions
-  Longer longer{};          // a wait
+  Longer longer{};        // a wait
 };
 
 // Releases that follow a release.

@@ -5,16 +5,18 @@
 
 namespace sim {
 
-void TaskRunner::TakeLock(uint32_t index) {
-  Lock& lock = locks_[index];
+void TaskRunner::TakeLock(const Action& action) {
+  Lock& lock = locks_[action.index];
   if (lock.holder == running_) return;
   if (lock.holder == none) {
     lock.holder = running_;
-    Running().heldLocks.push_back(index);
+    lock.takenBy = action.id;
+    Running().heldLocks.push_back(action.index);
     return;
   }
   lock.waiters.push_back(running_);
-  Running().awaitedLock = index;
+  Running().awaitedLock = action.index;
+  Running().awaitedBy = action.id;
   if (spec_.inheritance) InheritPriority(lock.holder, Running().priority);
   GiveWay(recordPlainSwitch);
 }
@@ -32,6 +34,7 @@ void TaskRunner::ReleaseLock(uint32_t index) {
   RestorePriority(running_);
   if (lock.holder == none) return;
   lock.waiters.erase(next);
+  lock.takenBy = states_[lock.holder].awaitedBy;
   states_[lock.holder].heldLocks.push_back(index);
   states_[lock.holder].awaitedLock = none;
   Wake(lock.holder);

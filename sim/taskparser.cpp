@@ -91,6 +91,7 @@ class ActionParser {
   // in some.
   void AddPair(TomlTable& item, Action begin, Action::Kind end) {
     const uint64_t lastsNs = item.RequiredDuration("for", 1);
+    begin.id = static_cast<uint32_t>(task_.actions.size());
     Add(item, begin);
     begin.kind = end;
     begin.atNs = task_.actions.back().atNs + lastsNs;

@@ -91,10 +91,16 @@ void TaskRunner::Perform(const Action& action) {
     case Action::Kind::issue: return Record(recordTimingIssue, action.id);
     case Action::Kind::event: return RaiseEvent(action.index);
     case Action::Kind::wait: return StartWait(action);
-    case Action::Kind::lock: return TakeLock(action.index);
-    case Action::Kind::unlock: ReleaseLock(action.index); return PreemptIfDue();
-    case Action::Kind::blockPreemption: Running().blocksPreemption = true; return;
-    case Action::Kind::allowPreemption: Running().blocksPreemption = false; return PreemptIfDue();
+    case Action::Kind::lock: return TakeLock(action);
+    case Action::Kind::unlock:
+      if (locks_[action.index].takenBy == action.id) ReleaseLock(action.index);
+      return PreemptIfDue();
+    case Action::Kind::blockPreemption:
+      if (Running().blockedBy == none) Running().blockedBy = action.id;
+      return;
+    case Action::Kind::allowPreemption:
+      if (Running().blockedBy == action.id) Running().blockedBy = none;
+      return PreemptIfDue();
     case Action::Kind::stretch:
       Running().stretchedNs += action.lastsNs;
       Running().runNs += action.lastsNs;
@@ -128,7 +134,7 @@ void TaskRunner::RaiseEvent(uint32_t task) {
 void TaskRunner::EndCycle() {
   TaskState& state = Running();
   state.active = false;
-  state.blocksPreemption = false;
+  state.blockedBy = none;
   while (!state.heldLocks.empty()) ReleaseLock(state.heldLocks.back());
   if (state.pending) {
     state.pending = false;
@@ -139,7 +145,7 @@ void TaskRunner::EndCycle() {
 }
 
 void TaskRunner::EndSlice() {
-  if (ready_.TopPriority() >= Running().priority && !Running().blocksPreemption) {
+  if (ready_.TopPriority() >= Running().priority && Running().blockedBy == none) {
     MakeReady(running_);
     return GiveWay(recordSliceUsed);
   }
@@ -163,7 +169,7 @@ void TaskRunner::RecordWoken(uint32_t next) {
 }
 
 void TaskRunner::PreemptIfDue() {
-  const bool isDue = ready_.TopPriority() > Running().priority && !Running().blocksPreemption;
+  const bool isDue = ready_.TopPriority() > Running().priority && Running().blockedBy == none;
   RecordWoken(isDue ? ready_.Top() : none);
   if (!isDue) return;
   if (running_ == Idle()) return SwitchTo(ready_.Pop(), recordFromIdle);

@@ -50,9 +50,9 @@ class TaskRunner {
     bool pending = false;  // an event asks for one more cycle
     bool deadlineTimed =
         false;  // there is a timer for the deadline or for one before; one at a time is enough
-    bool blocksPreemption = false;
-    uint64_t cycle = 0;   // counted from 1
-    uint64_t doneNs = 0;  // run time used in this cycle, and in all
+    uint32_t blockedBy = none;  // the action that keeps others from preempting it
+    uint64_t cycle = 0;         // counted from 1
+    uint64_t doneNs = 0;        // run time used in this cycle, and in all
     uint64_t runNs = 0;
     uint64_t stretchedNs = 0;  // by so much all further actions of the cycle have moved
     uint64_t sliceLeftNs = 0;
@@ -64,6 +64,7 @@ class TaskRunner {
     uint64_t steps = 0;
     std::vector<uint32_t> heldLocks;
     uint32_t awaitedLock = none;
+    uint32_t awaitedBy = none;  // the action that waits for it
     uint64_t seed;
     Random random;       // for run times
     Random otherRandom;  // for releases and waits, so that run times do not depend on them
@@ -71,6 +72,7 @@ class TaskRunner {
 
   struct Lock {
     uint32_t holder = none;
+    uint32_t takenBy = none;        // the action of the holder that took it
     std::vector<uint32_t> waiters;  // first come first
   };
 
@@ -113,7 +115,7 @@ class TaskRunner {
   bool Happens(const When& when, const TaskState& state, uint64_t number, uint64_t salt) const;
 
   // tasklocks.cpp
-  void TakeLock(uint32_t index);
+  void TakeLock(const Action& action);
   void ReleaseLock(uint32_t index);
   void InheritPriority(uint32_t task, uint8_t priority);
   void RestorePriority(uint32_t task);

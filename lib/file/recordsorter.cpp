@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr int digitBits = 11;
+constexpr int digitBits = thresholds::digitBits;
 constexpr u64 widest = u64{1} << 62;  // ticks
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include <memory>
 
 #include "model/block.h"
+#include "model/thresholds.h"
 #include "model/types.h"
 
 // Owns an open stream with a buffer large enough that the calls into the system do not count. Modes end in
@@ -26,7 +27,7 @@ class Stream {
   std::FILE* File() const { return file_.get(); }
 
  private:
-  static constexpr std::size_t bufferSize = std::size_t{256} << 10;
+  static constexpr std::size_t bufferSize = thresholds::streamBuffer;
 
   struct Close {
     void operator()(std::FILE* file) const { std::fclose(file); }
@@ -51,7 +52,7 @@ class Source {
   }
   const u8* Take(std::size_t size) { return Take(size, size); }
 
-  static constexpr std::size_t capacity = 4096;
+  static constexpr std::size_t capacity = thresholds::fileBlock;
 
  private:
   void Refill(std::size_t size, u64 certain) {
@@ -93,7 +94,7 @@ class Sink {
   }
 
   std::FILE* file_;  // borrowed
-  u8 buffer_[4096];
+  u8 buffer_[thresholds::fileBlock];
   std::size_t used_ = 0;
 };
 

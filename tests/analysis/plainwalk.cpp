@@ -135,6 +135,10 @@ class PlainWalk {
 
   TaskIndex Behind(const Entries& here) const {
     std::vector<TaskIndex> named = Named(here);
+    if (std::count_if(here.begin(), here.end(), [](const auto& e) { return e.IsSwitch(); }) == 1)
+      return TheSwitch(here).subject;
+    const auto switches = std::count_if(here.begin(), here.end(), [](const auto& e) { return e.IsSwitch(); });
+    if (switches == 1) return TheSwitch(here).subject;
     if (named.size() == 1) return named[0];
     const auto later = std::find_if(entries_.begin(), entries_.end(),
                                     [&](const auto& e) { return e.IsSwitch() && e.time > now_; });

@@ -27,7 +27,7 @@ TEST(Interrupt, EndsTheRecordingAndSaves) {
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.err, "");
     EXPECT_EQ(result.out.substr(0, 3), "a: ");
-    EXPECT_EQ(folder.Names(), (Names{"a", "m.toml"}));
+    EXPECT_EQ(folder.Names(), (Names{"a", "a.json", "m.toml"}));
     EXPECT_NE(RunTasklog(folder, {"list", "a"}).out.find("0.001000  switch 3   Ctrl     Idle\n"),
               std::string::npos);
   }

@@ -35,6 +35,7 @@ void Redirect(int fd, const std::string& path) {
   ::setenv("PATH", (programs + ":" + std::getenv("PATH")).c_str(), 1);
   // Tests must not see what other controllers of the same name did before.
   ::setenv("XDG_RUNTIME_DIR", folder.Path().c_str(), 1);
+  ::setenv("XDG_CONFIG_HOME", folder.Path().c_str(), 1);
   ::unsetenv("NO_COLOR");
   ::setenv("TERM", "xterm", 1);
   // A job in the background of a script ignores Ctrl-C, and what it starts would, too.

@@ -33,6 +33,10 @@ void WriteFiles(const TempFolder& folder) {
   folder.Write("rateless", TaskFile(rateless, {{"T", 1, 0, {{2, 5, 2}}}}));
   folder.Write("backwards", TaskFile({.startTime = 9000, .stopTime = 2000, .tickRate = 0}, {}));
   folder.Write("newer", TaskFile({.baseVersion = 0x0104}, {}));
+  folder.Write("fast", TaskFile({.startTime = 1000, .stopTime = 4'000'001'000, .tickRate = 33'333'333},
+                                {{"T", 1, 0, {{2, 1, 1001}, {2, 1, 33'334'332}, {2, 1, 4'000'000'999}}}}));
+  folder.Write("finest", TaskFile({.stopTime = UINT64_MAX, .tickRate = UINT32_MAX},
+                                  {{"T", 1, 0, {{2, 1, 4'294'967'294}, {2, 1, UINT64_MAX - 1}}}}));
   folder.Write("hostile", TaskFile(header, {{"\x1b]0;x\x07,\"\n\xff", 1, 0, {{2, 5, 1002}}}}));
   folder.Write("m.toml", SteppedScenario("20ms", 64));
   folder.Write("machine.toml", SteppedScenario("50ms", 64) + SteppedKernel(1) + SteppedKernel(2));

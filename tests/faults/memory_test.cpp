@@ -11,7 +11,6 @@
 #include "support/allocations.h"
 #include "support/faultstream.h"
 #include "support/logs.h"
-#include "twin.h"
 
 namespace {
 
@@ -31,6 +30,18 @@ std::vector<std::string> Categories(TLTaskLog log, bool withIds) {
   TLCategoryIteratorDestroy(iterator);
   std::sort(pieces.begin(), pieces.end());
   return pieces;
+}
+
+// Expects that the counts which a log keeps are those of what it yields.
+void ExpectSound(TLTaskLog log) {
+  const auto expectCounted = [log](TLCategory category) {
+    EXPECT_EQ(TLTaskLogGetEntriesCount(log, category, anyType, 0, UINT64_MAX),
+              CountIn(DumpEntries(log, category)));
+  };
+  expectCounted(nullptr);
+  const TLCategoryIterator iterator = TLTaskLogGetCategories(log, 0, nullptr);
+  while (const TLCategory category = TLCategoryIteratorNext(iterator)) expectCounted(category);
+  TLCategoryIteratorDestroy(iterator);
 }
 
 // A log, and all that its operations work on.

@@ -6,13 +6,15 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <memory>
 #include <string>
 #include <type_traits>
 
-#include "controller.h"
+#include "growth/machine.h"
+#include "growth/shapes.h"
+#include "growth/sizes.h"
 #include "ring.h"
-#include "sizes.h"
 
 namespace growth {
 namespace {
@@ -39,8 +41,9 @@ void Acquire(const Log& log, std::int32_t kernel) {
 }
 
 void SetController(Setting setting, std::uint32_t kernel) {
-  bench::TheController() = {setting.taskCount,
-                            bench::FullRing(bench::MakeRecords(setting.taskCount, kernel, setting.entries))};
+  const auto nameOf = [](std::uint32_t index) { return "Task" + std::to_string(index); };
+  TheMachine() = {bench::FullRing(bench::MakeRecords(setting.taskCount, kernel, setting.entries)),
+                  setting.taskCount, bench::testpointCount, nameOf, true};
 }
 
 Log FilledLog(Setting setting) {
@@ -51,7 +54,7 @@ Log FilledLog(Setting setting) {
 }
 
 template <class Operation>
-void Count(const char* name, Setting setting, Operation operation) {
+void Count(const std::string& name, Setting setting, Operation operation) {
   const std::string label = LabelOf(name, setting);
   CALLGRIND_START_INSTRUMENTATION;
   CALLGRIND_ZERO_STATS;
@@ -76,22 +79,31 @@ void CountFiles(Setting setting, const char* path) {
   Count("load", setting, [&] { Check(TLTaskLogAppendFromFile(loaded.get(), path)); });
 }
 
-// Records of one time, no two of them equal.
-std::vector<bench::Record> MakeCrowd(Setting setting) {
-  std::vector<bench::Record> crowd;
-  for (std::uint32_t i = 0; crowd.size() < setting.entries; ++i)
-    crowd.push_back({0x5000000, i / setting.taskCount, bench::TaskId(i % setting.taskCount)});
-  return crowd;
+// What an odd machine may hold, and a file made of it.
+void CountRing(const RingShape& shape, Setting setting, const char* path) {
+  std::vector<bench::Record> records;
+  for (std::uint32_t i = 0; i < setting.entries; ++i) records.push_back(shape.recordAt(i, setting.entries));
+  const auto count = [&](bool has) { return has ? static_cast<std::uint32_t>(setting.entries) : 0; };
+  TheMachine() = {bench::FullRing(records), count(shape.tasks), count(shape.testpoints), shape.nameOf,
+                  shape.slicesDiffer};
+  const std::string label = std::string("ring of ") + shape.name;
+  const Log log = NewLog();
+  Count(label + ": acquire", setting, [&] { Acquire(log, 1); });
+  Count(label + ": read again", setting, [&] { Acquire(log, 1); });
+  Count(label + ": save", setting, [&] { Check(TLTaskLogSaveAsFile(log.get(), path)); });
+  const Log loaded = NewLog();
+  Count(label + ": load", setting, [&] { Check(TLTaskLogAppendFromFile(loaded.get(), path)); });
 }
 
-void CountCrowd(Setting setting, const char* path) {
-  bench::TheController() = {setting.taskCount, bench::FullRing(MakeCrowd(setting))};
+void CountFile(const FileShape& shape, Setting setting, const char* path) {
+  const Bytes bytes = shape.make(static_cast<std::uint32_t>(setting.entries));
+  std::ofstream(path, std::ios::binary)
+      .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+  const std::string label = std::string("file of ") + shape.name;
   const Log log = NewLog();
-  Count("acquire a crowd", setting, [&] { Acquire(log, 1); });
-  Count("read a crowd again", setting, [&] { Acquire(log, 1); });
-  Check(TLTaskLogSaveAsFile(log.get(), path));
-  const Log loaded = NewLog();
-  Count("load a crowd", setting, [&] { Check(TLTaskLogAppendFromFile(loaded.get(), path)); });
+  Count(label + ": load", setting, [&] { Check(TLTaskLogAppendFromFile(log.get(), path)); });
+  Count(label + ": load again", setting, [&] { Check(TLTaskLogAppendFromFile(log.get(), path)); });
+  Count(label + ": save", setting, [&] { Check(TLTaskLogSaveAsFile(log.get(), path)); });
 }
 
 // Several polls, of which each brings some records of what the buffer holds.
@@ -101,7 +113,8 @@ void CountPolls(Setting setting) {
   constexpr std::size_t newRecords = 64;
   const auto records = bench::MakeRecords(setting.taskCount, 1, setting.entries + polls * newRecords);
   const std::span<const bench::Record> all(records);
-  bench::TheController() = {setting.taskCount, bench::FullRing(all.first(setting.entries))};
+  SetController(setting, 1);
+  TheMachine().ring = bench::FullRing(all.first(setting.entries));
   const Log log = NewLog();
   Acquire(log, 1);
   std::vector<std::vector<std::uint32_t>> rings;
@@ -111,7 +124,7 @@ void CountPolls(Setting setting) {
   }
   Count("poll", setting, [&] {
     for (std::vector<std::uint32_t>& ring : rings) {
-      bench::TheController().ring.swap(ring);
+      TheMachine().ring.swap(ring);
       Acquire(log, 1);
     }
   });
@@ -120,7 +133,7 @@ void CountPolls(Setting setting) {
 void CountQueries(Setting setting) {
   const Log log = FilledLog(setting);
   TLTaskLog handle = log.get();
-  TLCategoryIterator categories = TLTaskLogGetCategories(handle, TL_CATS_TASKS, "Task003");
+  TLCategoryIterator categories = TLTaskLogGetCategories(handle, TL_CATS_TASKS, "Task3");
   const TLCategory task = TLCategoryIteratorNext(categories);
   TLCategoryIteratorDestroy(categories);
   std::uint64_t sum = 0;
@@ -154,7 +167,10 @@ int Run() {
     CountAppends(setting);
     CountFiles(setting, path);
   }
-  for (const Setting setting : crowdSettings) CountCrowd(setting, path);
+  for (const Setting setting : shapeSettings) {
+    for (const RingShape& shape : ringShapes) CountRing(shape, setting, path);
+    for (const FileShape& shape : fileShapes) CountFile(shape, setting, path);
+  }
   for (const Setting setting : flatSettings) {
     CountPolls(setting);
     CountQueries(setting);

@@ -16,10 +16,10 @@ struct Setting {
 inline constexpr std::size_t smallest = 8000;
 inline constexpr Setting linearSettings[] = {{smallest, 8},   {2 * smallest, 8},   {4 * smallest, 8},
                                              {smallest, 512}, {2 * smallest, 512}, {4 * smallest, 512}};
-// The same, of records that all have one time: as many as differ in type and task.
-inline constexpr std::size_t smallestCrowd = 3000;
-inline constexpr Setting crowdSettings[] = {
-    {smallestCrowd, 2048}, {2 * smallestCrowd, 2048}, {4 * smallestCrowd, 2048}};
+// The same, of the shapes of shapes.h.
+inline constexpr std::size_t smallestShape = 3000;
+inline constexpr Setting shapeSettings[] = {
+    {smallestShape, 0}, {2 * smallestShape, 0}, {4 * smallestShape, 0}};
 // Of operations that must not.
 inline constexpr std::size_t few = 4096;
 inline constexpr std::size_t many = 16 * few;

@@ -1,13 +1,37 @@
 // Reading a controller's buffer so often that nothing is lost gives what a larger buffer would have given.
+#include <gtest/gtest.h>
+#include <rapidcheck/gtest.h>
+
 #include <set>
 #include <sstream>
 
-#include "randomlogs.h"
 #include "sim/ring.h"
+#include "support/logs.h"
 
 namespace {
 
 constexpr std::uint64_t startTime = 1'000'000;
+
+// Ids of the categories that PutCategories() gives a target, and some that it does not know.
+rc::Gen<std::uint32_t> AnyId() {
+  return rc::gen::element<std::uint32_t>(1, 2, 3, 77, 0x9000, 0x9004, 0x53544B4F, 0x4C415445, 3, 0xFFFFFFFF);
+}
+
+// Slots whose times follow each other in steps below a span, most of them short; no markers.
+rc::Gen<std::vector<RingRecord>> AnyRecords(std::uint64_t start, std::uint64_t leastStep) {
+  const auto step =
+      rc::gen::weightedOneOf<std::uint64_t>({{8, rc::gen::inRange<std::uint64_t>(leastStep, leastStep + 4)},
+                                             {1, rc::gen::inRange<std::uint64_t>(leastStep, 0xFFFF)}});
+  const auto type = rc::gen::weightedOneOf<std::uint32_t>(
+      {{8, rc::gen::inRange<std::uint32_t>(0, 8)}, {1, rc::gen::inRange<std::uint32_t>(8, 15)}});
+  const auto draft = rc::gen::construct<RingRecord>(type, step, AnyId());
+  return rc::gen::map(rc::gen::container<std::vector<RingRecord>>(draft),
+                      [start](std::vector<RingRecord> records) {
+                        std::uint64_t time = start;
+                        for (RingRecord& record : records) record.tick = time += record.tick;
+                        return records;
+                      });
+}
 
 sim::Ring EmptyRing(std::uint32_t slots, int tickBits) {
   sim::Ring ring(slots, tickBits);

@@ -38,6 +38,7 @@ resolution_ns = 1000
 [[kernel]]
 number = 1
 slots = 512
+task = [{name = "Late", priority = 9, appears = "50s", run = "1ms"}]
 [scheduler]
 slots = 512
 task = [{name = "A", priority = 9, period = "3ms", run = "1ms", jitter = "900us"},
@@ -96,6 +97,10 @@ TEST_F(WallClock, ShowsARestartToTheOtherProcess) {
   wallNs_ += 11'000 * ms;
   Read(*second);
   EXPECT_EQ(Read(*NewProcess()), frozen);
+  // Each start arms the logger anew.
+  second->CallProcedure("Scheduler.Logger.Start()");
+  wallNs_ += 1000 * ms;
+  EXPECT_LT(Read(*second).back().time, 1'000'000u + 261'800'000u);
 }
 
 // The other process comes in right where this one has looked at the state and has not written it yet.
@@ -112,6 +117,18 @@ TEST_F(WallClock, LosesNoStartOfTwoAtOnce) {
   const auto third = NewProcess();
   for (const int64_t address : {bufferAddress, otherBufferAddress})
     EXPECT_FALSE(Read(*third, address).empty());
+}
+
+TEST_F(WallClock, HasATaskThatAppearsSomeTimeAfterTheStart) {
+  const auto controller = NewProcess();
+  Read(*controller);
+  wallNs_ += 100'000 * ms;
+  controller->CallProcedure("Kernel.1.Logger.Start()");
+  for (const size_t count : {1u, 2u}) {
+    EXPECT_EQ(controller->TaskIds(1).size(), count);
+    wallNs_ += 50'000 * ms;
+    Read(*controller, otherBufferAddress);
+  }
 }
 
 TEST_F(WallClock, ForgetsAfterFiveMinutesWithoutContact) {
@@ -189,6 +206,7 @@ TEST_F(WallClock, SurvivesDamagedAndForeignFiles) {
                            "1\npower-on 4999999500000\ncontact 4999999000000\nlogger -1 0 \n",
                            "1\npower-on 4999999000000\ncontact 9999999000000\nlogger -1 0 \n",
                            "1\npower-on 4999999000000\ncontact 4999999000000\nlogger -1 5 \n",
+                           "1\npower-on 4999999000000\ncontact 4999999000000\nlogger -1 0 \nhello\n",
                            "1\npower-on 4999990000000\ncontact 4999999000000\nlogger -1 0 Nobody\n"}) {
     std::ofstream(path_) << "simulated controller, state " << text;
     const auto controller = NewProcess();

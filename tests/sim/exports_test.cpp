@@ -13,10 +13,10 @@
 
 namespace {
 
-// A machine in a file of its own, so that each test meets one of its own. Kernel 2 has 243 tasks.
-class Machine {
+// A controller in a file of its own, so that each test meets one of its own. Kernel 2 has 243 tasks.
+class TestController {
  public:
-  explicit Machine(const std::string& more = {}) {
+  explicit TestController(const std::string& more = {}) {
     std::ofstream file(file_.Path());
     file << R"(clock = "stepped"
 step = "10ms"
@@ -43,69 +43,70 @@ constexpr int64_t kernelBuffer = 0x22000000;  // 2 + 2 * 256 words
 constexpr const char* trigger = "Scheduler.Logger.TriggerTask";
 constexpr uint32_t untouched = 0xCCCCCCCC;
 
-TEST(Exports, RefuseWhatTheMachineDoesNotHave) {
-  const Machine machine;
-  const std::string kernel1 = machine.Kernel(1);
+TEST(Exports, RefuseWhatTheControllerDoesNotHave) {
+  const TestController controller;
+  const std::string kernel1 = controller.Kernel(1);
   double number = 0;
   char text[256] = "";
   uint32_t words[4];
   for (const char* name :
        {"Target.CpuClock", "Target.Mpu", "", "Kernel.3.Logger.BufferSize", "Kernel.01.Logger.BufferSize",
         "Kernel..Logger.BufferSize", "Kernel.1.Logger.Buffer", "Kernel.4294967297.Logger.BufferSize",
-        "Watchpoint.Entity!Object1", "Watchpoint.Entity!Object00", "Watchpoint.Entity.End.Prop.Address"}) {
+        "Watchpoint.Entity!Object1", "Watchpoint.Entity!Object00", "Watchpoint.Entity!Object0x",
+        "Watchpoint.Entity.End.Prop.Address"}) {
     EXPECT_EQ(GetVariable(kernel1.c_str(), name, &number, 0), 0x50201u) << name;
-    EXPECT_EQ(PutVariable(machine.Target(), name, "A", 2), 0x50201u) << name;
+    EXPECT_EQ(PutVariable(controller.Target(), name, "A", 2), 0x50201u) << name;
   }
   for (const char* name : {"Kernel.3.Logger.Start()", "Kernel.1.Logger.Start"})
-    EXPECT_EQ(CallProcedure(machine.Target(), name, &number), 0x50401u) << name;
+    EXPECT_EQ(CallProcedure(controller.Target(), name, &number), 0x50401u) << name;
   for (const int64_t address :
        {kernelBuffer + 256 * 8 + 4, kernelBuffer - 4, kernelBuffer + 1, int64_t{0}, INT64_MIN, INT64_MAX})
-    EXPECT_EQ(GetBlock32(machine.Target(), address, words, 2), sim::badAddress) << address;
-  EXPECT_EQ(GetBlock32(machine.Target(), kernelBuffer, words, 0xFFFFFFFF), sim::badAddress);
-  EXPECT_EQ(GetBlock32(machine.Target(), kernelBuffer + 256 * 8, words, 2), 0u);
-  EXPECT_EQ(GetVariable(machine.Target(), "Target.Mpu.Resolution", text, 16), sim::wrongType);
-  EXPECT_EQ(GetVariable(machine.Target(), "Target.Cpu", text, 0), sim::wrongType);
-  EXPECT_EQ(PutVariable(machine.Target(), "Target.Cpu", "A", 2), sim::readOnly);
-  EXPECT_EQ(DbgTasksList(machine.Kernel(3).c_str(), words, 0), sim::unknownKernel);
-  EXPECT_EQ(DbgTasksList((machine.Kernel(99999999) + "99").c_str(), words, 0), sim::unknownKernel);
-  EXPECT_EQ(DbgTasksList(machine.Target(), words, 0), 0u);
+    EXPECT_EQ(GetBlock32(controller.Target(), address, words, 2), sim::badAddress) << address;
+  EXPECT_EQ(GetBlock32(controller.Target(), kernelBuffer, words, 0xFFFFFFFF), sim::badAddress);
+  EXPECT_EQ(GetBlock32(controller.Target(), kernelBuffer + 256 * 8, words, 2), 0u);
+  EXPECT_EQ(GetVariable(controller.Target(), "Target.Mpu.Resolution", text, 16), sim::wrongType);
+  EXPECT_EQ(GetVariable(controller.Target(), "Target.Cpu", text, 0), sim::wrongType);
+  EXPECT_EQ(PutVariable(controller.Target(), "Target.Cpu", "A", 2), sim::readOnly);
+  EXPECT_EQ(DbgTasksList(controller.Kernel(3).c_str(), words, 0), sim::unknownKernel);
+  EXPECT_EQ(DbgTasksList((controller.Kernel(99999999) + "99").c_str(), words, 0), sim::unknownKernel);
+  EXPECT_EQ(DbgTasksList(controller.Target(), words, 0), 0u);
   EXPECT_EQ(words[0], 3 * 4u);  // the count, and the idle tasks of the scheduler and of kernel 0
-  EXPECT_EQ(DbgTaskGetName(machine.Target(), 0x00050001, text, 9), sim::unknownTask);
-  EXPECT_EQ(DbgTaskGetData(machine.Target(), 0x00020001, 2, words, 4), sim::unknownTaskItem);
+  EXPECT_EQ(DbgTaskGetName(controller.Target(), 0x00050001, text, 9), sim::unknownTask);
+  EXPECT_EQ(DbgTaskGetData(controller.Target(), 0x00020001, 2, words, 4), sim::unknownTaskItem);
   EXPECT_EQ(sim::TextOf(sim::unknownTaskItem), sim::GeneralTextOf(sim::unknownTaskItem));
 }
 
 TEST(Exports, RefuseBadArguments) {
-  const Machine machine;
+  const TestController controller;
   double number = 0;
   uint32_t words[4];
   EXPECT_EQ(GetVariable(nullptr, "Target.Cpu", &number, 0), sim::badArgument);
-  EXPECT_EQ(GetVariable(machine.Target(), nullptr, &number, 0), sim::badArgument);
-  EXPECT_EQ(PutVariable(machine.Target(), trigger, "A", 0), sim::badArgument);
-  EXPECT_EQ(CallProcedure(machine.Target(), "Scheduler.Logger.Start()", nullptr), sim::badArgument);
-  EXPECT_EQ(GetBlock32(machine.Target(), kernelBuffer, nullptr, 1), sim::badArgument);
-  EXPECT_EQ(DbgTaskGetName(machine.Target(), 0x00010001, nullptr, 1), sim::badArgument);
-  EXPECT_EQ(DbgTaskGetData(machine.Target(), 0x00020001, taskDataPriority, words, 3), sim::badArgument);
+  EXPECT_EQ(GetVariable(controller.Target(), nullptr, &number, 0), sim::badArgument);
+  EXPECT_EQ(PutVariable(controller.Target(), trigger, "A", 0), sim::badArgument);
+  EXPECT_EQ(CallProcedure(controller.Target(), "Scheduler.Logger.Start()", nullptr), sim::badArgument);
+  EXPECT_EQ(GetBlock32(controller.Target(), kernelBuffer, nullptr, 1), sim::badArgument);
+  EXPECT_EQ(DbgTaskGetName(controller.Target(), 0x00010001, nullptr, 1), sim::badArgument);
+  EXPECT_EQ(DbgTaskGetData(controller.Target(), 0x00020001, taskDataPriority, words, 3), sim::badArgument);
   EXPECT_EQ(GetErrorDescription("", 0, nullptr, 1), sim::badArgument);
   for (const uint32_t size : {3u, 36u, 44u, 972u})  // not what is left of a list
-    EXPECT_EQ(DbgTasksList(machine.Kernel(2).c_str(), words, size), sim::badArgument) << size;
+    EXPECT_EQ(DbgTasksList(controller.Kernel(2).c_str(), words, size), sim::badArgument) << size;
 }
 
 TEST(Exports, WriteNoFartherThanTheyAreGivenRoom) {
-  const Machine machine;
+  const TestController controller;
   char text[12] = "xxxxxxxxxxx";
-  EXPECT_EQ(GetVariable(machine.Target(), "Target.Cpu", text, 10), 0u);
+  EXPECT_EQ(GetVariable(controller.Target(), "Target.Cpu", text, 10), 0u);
   EXPECT_EQ(std::string(text, 11), std::string("PPC603-an\0x", 11));
-  EXPECT_EQ(DbgTaskGetName(machine.Target(), 0x00020001, text, 4), 0u);
+  EXPECT_EQ(DbgTaskGetName(controller.Target(), 0x00020001, text, 4), 0u);
   EXPECT_EQ(std::string(text, 5), (std::string{'C', 'o', 'n', '\0', '0'}));
   EXPECT_EQ(GetErrorDescription("", 0x40CA0020, text, 5), 0u);
   EXPECT_EQ(std::string(text, 6), (std::string{'T', 'h', 'e', ' ', '\0', '3'}));
-  EXPECT_EQ(PutVariable(machine.Target(), trigger, "ABC", 2), 0u);
-  EXPECT_EQ(GetVariable(machine.Target(), trigger, text, 10), 0u);
+  EXPECT_EQ(PutVariable(controller.Target(), trigger, "ABC", 2), 0u);
+  EXPECT_EQ(GetVariable(controller.Target(), trigger, text, 10), 0u);
   EXPECT_STREQ(text, "AB");
   // The list of 243 tasks comes in portions of 120, each but the last with a word that says so.
   std::vector<uint32_t> words(245, untouched);
-  const std::string kernel = machine.Kernel(2);
+  const std::string kernel = controller.Kernel(2);
   struct Portion {
     uint32_t at, size, last,
         behind;  // where it goes, what is left then; its last identifier, the word behind that
@@ -123,14 +124,14 @@ TEST(Exports, WriteNoFartherThanTheyAreGivenRoom) {
 
 TEST(Faults, StrikeFromEveryAndCount) {
   const auto failingCalls = [](const std::string& keys) {
-    const Machine machine("[[fault]]\ncall = \"PutVariable\"\nname = \"" + std::string(trigger) +
-                          "\"\nstatus = 5\n" + keys);
+    const TestController controller("[[fault]]\ncall = \"PutVariable\"\nname = \"" + std::string(trigger) +
+                                    "\"\nstatus = 5\n" + keys);
     double number = 0;
     std::string failing;
     for (int call = 1; call <= 12; ++call) {
-      EXPECT_EQ(PutVariable(machine.Target(), "Kernel.1.Logger.TriggerTask", "A", 2), 0u);
-      EXPECT_EQ(GetVariable(machine.Target(), "Target.Mpu.Resolution", &number, 0), 0u);
-      if (PutVariable(machine.Target(), trigger, "A", 2) == 5) failing += std::to_string(call) + ' ';
+      EXPECT_EQ(PutVariable(controller.Target(), "Kernel.1.Logger.TriggerTask", "A", 2), 0u);
+      EXPECT_EQ(GetVariable(controller.Target(), "Target.Mpu.Resolution", &number, 0), 0u);
+      if (PutVariable(controller.Target(), trigger, "A", 2) == 5) failing += std::to_string(call) + ' ';
     }
     return failing;
   };
@@ -139,8 +140,8 @@ TEST(Faults, StrikeFromEveryAndCount) {
   EXPECT_EQ(failingCalls("from = 3\nevery = 4\ncount = 2"), "3 7 ");
 }
 
-TEST(Targets, OfOneFileAreOneMachineOnceItIsInOrder) {
-  const Machine broken("[[fault]]\n");
+TEST(Targets, OfOneFileAreOneControllerOnceItIsInOrder) {
+  const TestController broken("[[fault]]\n");
   double value = 0;
   const std::string kernel = broken.Kernel(1);
   EXPECT_EQ(GetVariable(kernel.c_str(), "Target.Mpu.Resolution", &value, 0), sim::badScenario);

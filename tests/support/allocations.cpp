@@ -14,7 +14,6 @@
 namespace {
 
 struct State {
-  bool watching = false;
   std::size_t failing = 0;
   bool exhausted = false;
   std::size_t count = 0;
@@ -25,7 +24,7 @@ std::size_t live = 0;
 std::size_t liveBytes = 0;  // mapped
 
 bool Fails(std::size_t sizeBytes) {
-  if (!state.watching) return false;
+  if (!allocationsWatched) return false;
   state.largestBytes = std::max(state.largestBytes, sizeBytes);
   ++state.count;
   return state.failing != 0 &&
@@ -40,14 +39,12 @@ void* Counted(void* memory) {
 }  // namespace
 
 AllocationWatch::AllocationWatch(std::size_t failing, bool exhausted) {
-  state = {true, failing, exhausted, 0, 0};
+  state = {failing, exhausted, 0, 0};
+  allocationsWatched = true;
 }
-AllocationWatch::~AllocationWatch() { state.watching = false; }
+AllocationWatch::~AllocationWatch() { allocationsWatched = false; }
 bool AllocationWatch::Failed() const { return state.failing != 0 && state.count >= state.failing; }
 std::size_t AllocationWatch::LargestBytes() const { return state.largestBytes; }
-
-AllocationPause::AllocationPause() : watching_(state.watching) { state.watching = false; }
-AllocationPause::~AllocationPause() { state.watching = watching_; }
 
 std::size_t LiveAllocations() { return live + liveBytes; }
 

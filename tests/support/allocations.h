@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <utility>
 
 // Watches while it lives; one at a time. The allocations of the scripted target are passed over.
 class AllocationWatch {
@@ -17,16 +18,19 @@ class AllocationWatch {
   std::size_t LargestBytes() const;  // of a single request
 };
 
+// Whether an AllocationWatch counts what is allocated now.
+inline bool allocationsWatched = false;
+
 // Lets allocations pass that are not those of the code under test.
 class AllocationPause {
  public:
-  AllocationPause();
-  ~AllocationPause();
+  AllocationPause() : watched_(std::exchange(allocationsWatched, false)) {}
+  ~AllocationPause() { allocationsWatched = watched_; }
   AllocationPause(const AllocationPause&) = delete;
   AllocationPause& operator=(const AllocationPause&) = delete;
 
  private:
-  bool watching_;
+  bool watched_;
 };
 
 // Blocks and mapped bytes that are allocated and not freed, by the program from its beginning on.

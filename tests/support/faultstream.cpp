@@ -12,8 +12,8 @@
 
 namespace {
 
-std::map<std::string, FaultFile*>& Files() {
-  static std::map<std::string, FaultFile*> files;
+std::map<std::string, FaultFile*, std::less<>>& Files() {
+  static std::map<std::string, FaultFile*, std::less<>> files;
   return files;
 }
 

@@ -72,6 +72,7 @@ Category* Log::FindOrCreate(const Category& wanted) {
     if (IsSame(*known->second, wanted)) return known->second;
   }
   Category* created = categories.emplace_back(std::make_unique<Category>(wanted)).get();
+  created->place = categories.size() - 1;
   categoriesByName_.emplace(wanted.name, created);
   return created;
 }

@@ -23,6 +23,7 @@ struct Category {
   std::uint32_t id = 0;
   std::uint32_t priority = 0;  // of a task, as is the time slice
   std::int32_t timeSlice = 0;
+  std::size_t place = 0;  // in the log
 };
 
 // Categories belong to the log.

@@ -1,10 +1,12 @@
-// The scripted target-access library: linked into test programs, and a libquor_32.so.0 of its own.
+// The scripted target-access library, whose allocations are not the library's: linked into test programs, and
+// a libquor_32.so.0 of its own.
 #include "support/scriptedtarget.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
 
+#include "support/allocations.h"
 #include "target/access.h"
 
 namespace {
@@ -24,9 +26,11 @@ std::string Hex(std::uint32_t value) {
 template <class... Arguments>
 std::uint32_t Record(const char* function, const char* target, const Arguments&... arguments) {
   if (!script) return ScriptedTarget::noScript;
-  std::string call = std::string(function) + "(" + target;
-  ((call += ", " + arguments), ...);
-  return script->Record(call + ")");
+  std::string call(function);
+  call.reserve(64);
+  call.append("(").append(target);
+  (call.append(", ").append(arguments), ...);
+  return script->Record(std::move(call.append(")")));
 }
 
 }  // namespace
@@ -43,6 +47,7 @@ std::string ScriptedTarget::CallsOf(const std::string& beginning) const {
 }
 
 std::uint32_t ScriptedTarget::Record(std::string call) {
+  if (calls.empty()) calls.reserve(32);
   calls.push_back(std::move(call));
   const std::size_t number = calls.size();
   if (const auto change = changes.find(number); change != changes.end()) change->second();
@@ -82,13 +87,14 @@ const ScriptedTask* ScriptedTarget::FindTask(std::uint32_t id) const {
 }
 
 uint32_t GetVariable(const char* target, const char* name, void* value, uint32_t size) {
+  const AllocationPause pause;
   if (const auto status = Record("GetVariable", target, Text(name), Text(size))) return status;
   if (size > 0) {
-    const auto text = script->texts.find(name);
+    const auto text = script->texts.find(std::string_view(name));
     if (text == script->texts.end()) return noSuchVariable;
     script->PutText(text->second, static_cast<char*>(value), size);
   } else {
-    const auto number = script->numbers.find(name);
+    const auto number = script->numbers.find(std::string_view(name));
     if (number == script->numbers.end()) return noSuchVariable;
     std::memcpy(value, &number->second, sizeof number->second);
   }
@@ -96,6 +102,7 @@ uint32_t GetVariable(const char* target, const char* name, void* value, uint32_t
 }
 
 uint32_t PutVariable(const char* target, const char* name, const void* data, uint32_t size) {
+  const AllocationPause pause;
   if (const auto status = Record("PutVariable", target, Text(name), Text(size))) return status;
   if (!script->texts.contains(name)) return noSuchVariable;
   script->texts[name] = std::string(static_cast<const char*>(data), size);
@@ -103,6 +110,7 @@ uint32_t PutVariable(const char* target, const char* name, const void* data, uin
 }
 
 uint32_t CallProcedure(const char* target, const char* name, double* result) {
+  const AllocationPause pause;
   if (const auto status = Record("CallProcedure", target, Text(name))) return status;
   const auto procedure = script->procedures.find(name);
   if (procedure == script->procedures.end()) return noSuchProcedure;
@@ -111,6 +119,7 @@ uint32_t CallProcedure(const char* target, const char* name, double* result) {
 }
 
 uint32_t GetBlock32(const char* target, int64_t address, uint32_t* words, uint32_t count) {
+  const AllocationPause pause;
   if (const auto status = Record("GetBlock32", target, Text(address), Text(count))) return status;
   const auto block = script->memory.find(address);
   if (block == script->memory.end() || block->second.size() < count) return ScriptedTarget::badAddress;
@@ -120,6 +129,7 @@ uint32_t GetBlock32(const char* target, int64_t address, uint32_t* words, uint32
 
 // A fill is recorded with its place in the list: "DbgTasksList(ctl, +484, 4)".
 uint32_t DbgTasksList(const char* target, uint32_t* words, uint32_t size) {
+  const AllocationPause pause;
   if (size == 0) {
     if (const auto status = Record("DbgTasksList", target, Text("0"))) return status;
     const auto trueSize = static_cast<uint32_t>(4 * (1 + script->tasks.size()));
@@ -136,6 +146,7 @@ uint32_t DbgTasksList(const char* target, uint32_t* words, uint32_t size) {
 }
 
 uint32_t DbgTaskGetName(const char* target, uint32_t task, char* name, uint32_t size) {
+  const AllocationPause pause;
   if (const auto status = Record("DbgTaskGetName", target, Hex(task), Text(size))) return status;
   const ScriptedTask* found = script->FindTask(task);
   if (!found) return ScriptedTarget::noSuchTask;
@@ -144,6 +155,7 @@ uint32_t DbgTaskGetName(const char* target, uint32_t task, char* name, uint32_t 
 }
 
 uint32_t DbgTaskGetData(const char* target, uint32_t task, uint32_t item, void* data, uint32_t size) {
+  const AllocationPause pause;
   if (const auto status = Record("DbgTaskGetData", target, Hex(task), Hex(item), Text(size))) return status;
   const ScriptedTask* found = script->FindTask(task);
   if (!found || size != 4) return ScriptedTarget::noSuchTask;

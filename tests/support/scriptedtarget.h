@@ -29,8 +29,8 @@ struct ScriptedTarget {
   ScriptedTarget& operator=(const ScriptedTarget&) = delete;
 
   // What the target has.
-  std::map<std::string, double> numbers;                      // by variable
-  std::map<std::string, std::string> texts;                   // by variable
+  std::map<std::string, double, std::less<>> numbers;         // by variable
+  std::map<std::string, std::string, std::less<>> texts;      // by variable
   std::map<std::string, double> procedures;                   // results, by name with "()"
   std::map<std::int64_t, std::vector<std::uint32_t>> memory;  // by address
   std::vector<ScriptedTask> tasks;                            // in list order

@@ -49,18 +49,4 @@ TEST(AppendingThreads, MayStartLoggersAndCancelMeanwhile) {
   EXPECT_EQ(started, readings);
 }
 
-TEST(AppendingThreads, HearOfTheirOwnFailures) {
-  InThreads([&](int number) {
-    const std::string target = "nowhere" + std::to_string(number);
-    const LogPtr log = NewLog();
-    for (int i = 0; i < readings; ++i) {
-      const std::uint32_t status = TLTaskLogAppendFromTarget(log.get(), target.c_str(), 1, nullptr, nullptr);
-      ASSERT_EQ(status, 0x51001u);
-      char text[200];
-      TLGetErrorMessage(status, text, sizeof text);
-      EXPECT_NE(std::string(text).find("'" + target + "'"), std::string::npos) << text;
-    }
-  });
-}
-
 }  // namespace

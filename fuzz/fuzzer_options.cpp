@@ -1,0 +1,5 @@
+// How the address sanitizer works in a fuzzer, where time goes into allocations: it keeps no call stacks of
+// them, and freed blocks not for long. A fault is replayed in the sanitize build, which tells everything.
+extern "C" const char* __asan_default_options() {
+  return "malloc_context_size=0:quarantine_size_mb=4:thread_local_quarantine_size_kb=64";
+}
