@@ -29,7 +29,7 @@ inline constexpr std::size_t sorted = Choose(4096, 8);
 inline constexpr std::size_t compared = Choose(128, 2);
 inline constexpr std::size_t recordRoom = Choose(1024, 1);
 inline constexpr std::size_t digitBits = Choose(11, 4);
-// lib/file/stream.h: bytes that a stream keeps back, and those of a block within it, which holds the longest
+// lib/file/stream.h: bytes that a stream keeps back, and of a block within it, which holds the longest
 // string.
 inline constexpr std::size_t streamBuffer = Choose(std::size_t{256} << 10, 64);
 inline constexpr std::size_t fileBlock = Choose(4096, 256);
