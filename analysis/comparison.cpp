@@ -77,6 +77,10 @@ std::optional<double> LoadOf(const std::vector<std::pair<const LaneResult*, Task
   return known > 0 ? std::optional<double>(load / known) : std::nullopt;
 }
 
+bool CompletesJobs(const std::vector<std::pair<const LaneResult*, TaskIndex>>& places) {
+  return !SeriesOf(places, Quantity::response).empty();
+}
+
 bool HasLane(const Side& side, const std::string& name) {
   return std::any_of(side.begin(), side.end(), [&](const LaneResult& result) { return result.name == name; });
 }
@@ -107,6 +111,8 @@ Comparison Compare(const Side& before, const Side& after) {
     if (places.before.empty()) comparison.appeared.push_back({lane, task});
     if (places.after.empty()) comparison.vanished.push_back({lane, task});
     if (places.before.empty() || places.after.empty()) continue;
+    if (CompletesJobs(places.before) && !CompletesJobs(places.after))
+      comparison.stalled.push_back({lane, task});
     comparison.loads.push_back({lane, task, LoadOf(places.before), LoadOf(places.after)});
     for (std::size_t i = 0; i < quantityCount; ++i) {
       const auto quantity = static_cast<Quantity>(i);

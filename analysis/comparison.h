@@ -58,6 +58,7 @@ struct Comparison {
   std::vector<LoadChange> loads;  // in the order of the lanes and tasks before
   std::vector<Missing> appeared;
   std::vector<Missing> vanished;
+  std::vector<Missing> stalled;  // tasks on both sides that completed jobs before and complete none after
 };
 
 // Tasks are matched by name; those that have neither run nor had a job are left out.

@@ -1,6 +1,32 @@
 #include "statistics.h"
 
+#include "lanewalker.h"
+
 namespace analysis {
+namespace {
+
+// Calls that the compiler can see through.
+class Direct {
+ public:
+  explicit Direct(Statistics& statistics) : statistics_(statistics) {}
+
+  bool WantsMarks() const { return true; }
+  bool WantsMarkSubjects() const { return false; }
+  void OnRun(const Run& run) { statistics_.Statistics::OnRun(run); }
+  void OnJob(const Job& job) { statistics_.Statistics::OnJob(job); }
+  void OnActivation(const Job&) {}
+  void OnStart(const Job&) {}
+  void OnDropped(const Job& job) { statistics_.Statistics::OnDropped(job); }
+  void OnState(TaskIndex, JobState, Ticks) {}
+  void OnMark(const Mark& mark) { statistics_.Statistics::OnMark(mark); }
+  void OnGap(const Gap&) {}
+  void OnEnd(Ticks) {}
+
+ private:
+  Statistics& statistics_;
+};
+
+}  // namespace
 
 std::string_view NameOf(Quantity quantity) {
   static constexpr std::string_view names[] = {"execution", "response", "startLatency", "activationInterval",
@@ -13,6 +39,13 @@ Statistics::Statistics(const Lane& lane, TaskIndex idle)
       tasks_(lane.Tasks().size()),
       idle_(idle),
       coveredTicks_(lane.CoveredTicks()) {}
+
+Statistics Statistics::Of(const Lane& lane, const Conventions& conventions) {
+  Statistics statistics(lane, conventions.idle);
+  Direct direct(statistics);
+  LaneWalker<Direct>(lane, conventions, direct).Walk();
+  return statistics;
+}
 
 void Statistics::OnRun(const Run& run) {
   switches_ += !run.cutEnd;

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "meanings.h"
 #include "values.h"
 #include "visitor.h"
 
@@ -36,10 +37,12 @@ struct TaskStatistics {
   Values& Of(Quantity quantity) { return values[static_cast<std::size_t>(quantity)]; }
 };
 
-// A visitor. The lane must outlive the walk. Memory: 4 bytes a whole run, 16 a job.
+// A visitor. Memory: 4 bytes a whole run, 16 a job.
 class Statistics : public Visitor {
  public:
   Statistics(const Lane& lane, TaskIndex idle);
+  // Those of a lane: a walk that tells nobody else, in half the time.
+  static Statistics Of(const Lane& lane, const Conventions& conventions);
 
   void OnRun(const Run& run) override;
   void OnJob(const Job& job) override;

@@ -37,7 +37,7 @@ class Counts {
   }
 
   void Add(std::uint64_t value) {
-    if (value - low_ <= span_) ++counts_[static_cast<std::size_t>((value - low_) >> shift_)];
+    if (value - low_ <= span_) ++counts_[PlaceOf(value)];
   }
 
   // A stretch, and how many values lie before it.
@@ -47,15 +47,21 @@ class Counts {
     std::uint64_t count;
     std::uint64_t below;
   };
-  // The stretch that holds the value of a rank, from 1, among those counted.
-  Stretch Find(std::uint64_t rank) const {
-    std::size_t i = 0;
-    std::uint64_t below = 0;
-    while (rank > below + counts_[i]) below += counts_[i++];
-    const std::uint64_t low = low_ + (std::uint64_t{i} << shift_);
+  // The stretch that holds the value of a rank, from 1, among those counted. Ranks are asked for in order.
+  Stretch Find(std::uint64_t rank) {
+    while (rank > below_ + counts_[found_]) below_ += counts_[found_++];
+    const std::uint64_t low = low_ + (std::uint64_t{found_} << shift_);
     const std::uint64_t rest = span_ - (low - low_);
-    return {low, low + std::min(rest, (std::uint64_t{1} << shift_) - 1), counts_[i], below};
+    return {low, low + std::min(rest, (std::uint64_t{1} << shift_) - 1), counts_[found_], below_};
   }
+
+  // Marks a stretch; of a value, whether its stretch is marked.
+  void Mark(const Stretch& stretch) {
+    if (marks_.empty()) marks_.resize(counts_.size());
+    marks_[PlaceOf(stretch.low)] = 1;
+  }
+  bool HasMarks() const { return !marks_.empty(); }
+  bool IsMarked(std::uint64_t value) const { return marks_[PlaceOf(value)] != 0; }
 
  private:
   static constexpr int mostBits = 12;  // few enough counts to stay in a cache
@@ -66,10 +72,17 @@ class Counts {
     return width;
   }
 
+  std::size_t PlaceOf(std::uint64_t value) const {
+    return static_cast<std::size_t>((value - low_) >> shift_);
+  }
+
   std::uint64_t low_;
   std::uint64_t span_;
   int shift_;
   std::vector<std::uint32_t> counts_;
+  std::vector<std::uint8_t> marks_;
+  std::size_t found_ = 0;
+  std::uint64_t below_ = 0;  // values before that
 };
 
 // Looks for the value of one rank, which lies in a stretch: gathers what lies there, if it is little.
@@ -123,6 +136,11 @@ void Values::AddBlock(std::uint64_t value, std::uint64_t at) {
   end_ = next_ + size;
 }
 
+void Values::AddLarge(std::uint64_t value) {
+  large_.push_back(value);
+  *next_++ = large;
+}
+
 void Values::Widen(std::uint64_t value, std::uint64_t at) {
   (value < min_ ? min_ : max_) = value;
   (value == min_ ? minAt_ : maxAt_) = at;
@@ -150,14 +168,15 @@ Summary Values::Summarize() const {
     const std::uint64_t rank = RankOf(summary.count, millionths);
     wanted.push_back({rank, counts.Find(rank)});
   }
-  std::vector<Wanted*> gathering;
-  for (Wanted& one : wanted)
-    if (one.Gathers()) gathering.push_back(&one);
+  for (const Wanted& one : wanted)
+    if (one.Gathers()) counts.Mark(one.stretch);
   double squares = 0;
   ForEach([&](std::uint64_t value) {
     const double distance = static_cast<double>(value) - summary.mean;
     squares += distance * distance;
-    for (Wanted* one : gathering) one->Take(value);
+    if (!counts.HasMarks() || !counts.IsMarked(value)) return;
+    for (Wanted& one : wanted)
+      if (one.Gathers()) one.Take(value);
   });
   summary.stddev = std::sqrt(squares / count);
   std::uint64_t* const results[] = {&summary.p50, &summary.p95, &summary.p99, &summary.p999};

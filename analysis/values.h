@@ -32,8 +32,8 @@ class Values {
   void Add(std::uint64_t value, std::uint64_t at) {
     if (next_ == end_) AddBlock(value, at);
     if (value - min_ > max_ - min_) Widen(value, at);
-    if (value >= large) large_.push_back(value);
-    *next_++ = value < large ? static_cast<std::uint32_t>(value) : large;
+    if (value >= large) return AddLarge(value);
+    *next_++ = static_cast<std::uint32_t>(value);
   }
 
   std::uint64_t Count() const { return full_ + static_cast<std::uint64_t>(next_ - begin_); }
@@ -64,6 +64,7 @@ class Values {
     std::size_t size;
   };
   void AddBlock(std::uint64_t value, std::uint64_t at);
+  void AddLarge(std::uint64_t value);
   void Widen(std::uint64_t value, std::uint64_t at);
 
   // Of the last block.

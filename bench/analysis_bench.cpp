@@ -33,9 +33,7 @@ void TakeStatistics(benchmark::State& state, std::uint32_t taskCount) {
   const LoadedLog& loaded = LogOf<LoadedLog>(taskCount, state.range(0));
   for (auto _ : state) {
     const analysis::Lane lane({&loaded.log});
-    const analysis::Conventions conventions = ConventionsOf(lane);
-    analysis::Statistics statistics(lane, conventions.idle);
-    analysis::Walk(lane, conventions, {&statistics});
+    const analysis::Statistics statistics = analysis::Statistics::Of(lane, ConventionsOf(lane));
     for (const analysis::TaskStatistics& task : statistics.Tasks())
       for (const analysis::Values& values : task.values) benchmark::DoNotOptimize(values.Summarize());
   }

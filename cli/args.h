@@ -33,6 +33,9 @@ std::optional<Duration> ParseDuration(std::string_view text);
 // A duration, or digits alone: ticks.
 std::optional<TimePoint> ParseTimePoint(std::string_view text);
 
+// "20%", "0.5 %": as a share, 0.2 and 0.005.
+std::optional<double> ParsePercent(std::string_view text);
+
 // Digits alone, no sign, up to 2^64 - 1.
 std::optional<std::uint64_t> ParseNumber(std::string_view text);
 

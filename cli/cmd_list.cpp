@@ -6,7 +6,7 @@
 #include <limits>
 #include <optional>
 
-#include "args.h"
+#include "bounds.h"
 #include "commandline.h"
 #include "failure.h"
 #include "listformat.h"
@@ -46,14 +46,14 @@ struct Request {
 
 // The entries of one log to list.
 struct Selection {
-  std::uint64_t from = 0;
-  std::uint64_t to = std::numeric_limits<std::uint64_t>::max();
+  Bounds period = {};
   std::vector<TLCategory> tasks = {};  // entries that hold one of these; empty for all
 
   // The library applies no bound that lies outside the log's period, so times are looked at here, too.
   bool Holds(const tasklog::Entry& entry) const {
     const std::uint64_t time = entry.Timestamp();
-    return time >= from && time <= to && (tasks.empty() || IsTask(entry, 0) || IsTask(entry, 1));
+    return time >= period.from && time <= period.to &&
+           (tasks.empty() || IsTask(entry, 0) || IsTask(entry, 1));
   }
 
  private:
@@ -74,13 +74,6 @@ std::uint64_t TypesMask(const std::vector<std::string>& types) {
   return mask;
 }
 
-std::optional<TimePoint> CheckedBound(const char* option, const std::optional<std::string>& text) {
-  if (!text) return std::nullopt;
-  if (const auto time = ParseTimePoint(*text)) return time;
-  throw UsageError(fmt::format("{}: {} is not a time such as 1.5s, 250ms or 12us, nor a number of ticks",
-                               option, Quoted(*text)));
-}
-
 std::uint64_t CheckedLimit(const std::optional<std::string>& text) {
   if (!text) return unlimited;
   if (const auto limit = ParseNumber(*text)) return *limit;
@@ -96,17 +89,6 @@ Request Checked(const Options& options) {
           .to = CheckedBound("--to", options.to),
           .limit = CheckedLimit(options.limit),
           .style = {.format = options.format, .ticks = options.ticks, .colors = WantsColors(STDOUT_FILENO)}};
-}
-
-std::uint64_t BoundTicks(const TimePoint& time, const Lane& lane, const tasklog::Log& log) {
-  if (time.ticks) return *time.ticks;
-  if (log.TicksPerSecond() == 0) {
-    throw Failure("listing " + Quoted(lane.shownAs) +
-                  ": its tick rate is unknown, so --from and --to take only ticks");
-  }
-  const std::uint64_t distance = time.sinceStart.Ticks(log.TicksPerSecond());
-  const std::uint64_t most = std::numeric_limits<std::uint64_t>::max();
-  return distance > most - log.StartTime() ? most : log.StartTime() + distance;
 }
 
 // Lists lane after lane. Text has a heading for each when there are several; CSV and JSON say the lane of
@@ -132,8 +114,8 @@ class Lister {
     if (!selection) return;
     BeginLane(lane, loaded.log);
     std::uint64_t left = request_.limit;  // of each lane
-    for (const auto& entry :
-         loaded.log.Entries({.types = request_.types, .from = selection->from, .to = selection->to})) {
+    for (const auto& entry : loaded.log.Entries(
+             {.types = request_.types, .from = selection->period.from, .to = selection->period.to})) {
       if (left == 0) break;
       if (!selection->Holds(entry)) continue;
       --left;
@@ -145,10 +127,7 @@ class Lister {
 
   // Empty when the lane lacks the task.
   std::optional<Selection> Select(const Lane& lane, const tasklog::Log& log) {
-    Selection selection;
-    if (request_.from) selection.from = BoundTicks(*request_.from, lane, log);
-    if (request_.to) selection.to = BoundTicks(*request_.to, lane, log);
-    if (selection.from > selection.to) throw UsageError("list: --from is later than --to");
+    Selection selection{BoundsIn(log, request_.from, request_.to, "list", "listing " + Quoted(lane.shownAs))};
     if (!request_.task) return selection;
     selection.tasks = TasksNamed(*request_.task, log);
     taskFound_ = taskFound_ || !selection.tasks.empty();

@@ -58,6 +58,10 @@ RecordRequest Checked(const Options& options) {
   take(request.keep, "--keep", options.keep);
   take(request.after, "--after", options.after);
   if (!options.until.empty()) request.until.emplace(options.until);
+  if (request.until && request.until->IsResponse() && options.merge) {
+    throw UsageError(
+        "--until response: does not go with --merge, which mixes the tasks of several processors");
+  }
   return request;
 }
 
@@ -86,7 +90,7 @@ std::function<int()> Declare(CLI::App& app) {
   app.add_option("--keep", options->keep, "Remove segments that ended longer ago (with --split)")
       ->type_name("TIME");
   app.add_option("--until", options->until,
-                 "End when this happens: issue:NAME, testpoint:NAME or\nevent:TASK")
+                 "End when this happens: issue:NAME, testpoint:NAME,\nevent:TASK or response:TASK>2ms")
       ->type_name("SELECTOR");
   app.add_option("--after", options->after, "Go on for so long behind that; SIGUSR1 counts as it")
       ->type_name("TIME");

@@ -16,7 +16,8 @@
 namespace cli {
 namespace {
 
-const Command* const commands[] = {&startCommand, &recordCommand, &infoCommand, &listCommand};
+const Command* const commands[] = {&startCommand,   &recordCommand, &infoCommand, &listCommand, &statsCommand,
+                                   &latencyCommand, &checkCommand,  &diffCommand, &topCommand};
 
 std::string Overview() {
   std::string text =

@@ -23,6 +23,11 @@ extern const Command startCommand;
 extern const Command recordCommand;
 extern const Command infoCommand;
 extern const Command listCommand;
+extern const Command statsCommand;
+extern const Command latencyCommand;
+extern const Command checkCommand;
+extern const Command diffCommand;
+extern const Command topCommand;
 
 // Runs what the arguments (without the program's name) ask for; returns the exit code. Throws UsageError,
 // Failure and ClosedPipe.

@@ -81,6 +81,21 @@ std::vector<Logger> FindLoggers(const std::string& target) {
   return loggers;
 }
 
+std::vector<Logger> ChosenLoggers(const std::string& target, const LoggerChoice& choice) {
+  if (!choice.all) return choice.loggers;
+  std::vector<Logger> loggers = FindLoggers(target);
+  for (const Logger logger : choice.loggers) {
+    if (std::find(loggers.begin(), loggers.end(), logger) == loggers.end()) loggers.push_back(logger);
+  }
+  return loggers;
+}
+
+void WarnAboutSuffix(const std::string& target, const LoggerChoice& choice) {
+  if (!choice.byDefault || WithoutKernelSuffix(target) == target) return;
+  PrintWarning("the kernel behind " + Quoted(target) +
+               " is not looked at, this reads the scheduler's logger (--logger selects a kernel's)");
+}
+
 std::string WithoutKernelSuffix(const std::string& target) {
   const std::size_t last = target.find_last_not_of("12345678");
   if (last == std::string::npos || last == 0 || target[last] != '@') return target;
@@ -106,6 +121,12 @@ void StartLogger(const std::string& target, const std::string& trigger) {
   const bool refused = status.Code() == TLErrLoggerNotStarted;
   throw Failure("starting the logger of " + Quoted(target) + with, status,
                 refused ? "the controller answered that it did not start" : "");
+}
+
+void StartLoggers(const std::string& target, const std::vector<Logger>& loggers, const std::string& trigger) {
+  std::vector<std::string> names;
+  for (const Logger logger : loggers) names.push_back(StartTarget(target, logger));
+  for (const std::string& name : names) StartLogger(name, trigger);
 }
 
 }  // namespace cli

@@ -37,6 +37,13 @@ LoggerChoice ParseLoggers(const std::vector<std::string>& values);
 // The scheduler's logger and those of kernels 1, 2, ... until the target knows no more. Throws Failure.
 std::vector<Logger> FindLoggers(const std::string& target);
 
+// The loggers that are meant; those named beside "all" come behind those found, if they are others. Throws
+// Failure.
+std::vector<Logger> ChosenLoggers(const std::string& target, const LoggerChoice& choice);
+
+// Warns that without --logger the suffix of `target` selects nothing.
+void WarnAboutSuffix(const std::string& target, const LoggerChoice& choice);
+
 // The target name without a kernel suffix: "/@" or "\@" and digits from 1 to 8.
 std::string WithoutKernelSuffix(const std::string& target);
 
@@ -46,5 +53,8 @@ std::string StartTarget(const std::string& target, Logger logger);
 
 // Starts the logger that `target` itself selects. Throws Failure.
 void StartLogger(const std::string& target, const std::string& trigger);
+
+// Starts all of them, or none when one has no name to be started by. Throws Failure.
+void StartLoggers(const std::string& target, const std::vector<Logger>& loggers, const std::string& trigger);
 
 }  // namespace cli

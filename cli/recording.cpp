@@ -1,7 +1,6 @@
 #include "recording.h"
 
 #include <fmt/format.h>
-#include <fnmatch.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -10,6 +9,7 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "analysis/pattern.h"
 #include "failure.h"
 #include "segments.h"
 #include "text.h"
@@ -143,16 +143,6 @@ bool Describes(const RecordedLogger& logger, const std::string& path, const Peri
   return false;
 }
 
-// The task of lowest priority that the pattern names.
-std::string IdleTaskOf(const tasklog::Log& log, const std::string& pattern) {
-  std::optional<tasklog::Category> idle;
-  for (const auto& task : log.Categories({.types = TL_CATS_TASKS})) {
-    if (::fnmatch(pattern.c_str(), task.Name(), 0) != 0) continue;
-    if (!idle || task.Priority() < idle->Priority()) idle = task;
-  }
-  return idle ? idle->Name() : "";
-}
-
 void SortGaps(std::vector<Gap>& gaps, const Period& period) {
   std::erase_if(gaps, [&](const Gap& gap) { return gap.to <= period.start || gap.from >= period.stop; });
   std::sort(gaps.begin(), gaps.end(), [](const Gap& a, const Gap& b) { return a.from < b.from; });
@@ -200,6 +190,15 @@ LaneLog LoadLane(const Lane& lane) {
   LaneLog loaded{.log = std::move(joined.log), .gaps = std::move(joined.gaps)};
   UseMetadata(lane, joined.periods, loaded);
   return loaded;
+}
+
+std::string IdleTaskOf(const tasklog::Log& log, const std::string& pattern) {
+  std::optional<tasklog::Category> idle;
+  for (const auto& task : log.Categories({.types = TL_CATS_TASKS})) {
+    if (!analysis::MatchesPattern(pattern, task.Name())) continue;
+    if (!idle || task.Priority() < idle->Priority()) idle = task;
+  }
+  return idle ? idle->Name() : "";
 }
 
 bool IsMetadata(const std::string& path) {

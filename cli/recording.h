@@ -48,6 +48,9 @@ std::vector<Lane> FindLanes(const std::vector<std::string>& arguments);
 // that was written for other files of these names is one warning. Throws Failure.
 LaneLog LoadLane(const Lane& lane);
 
+// Of the tasks of a log that a name or shell pattern stands for, the one of lowest priority; empty for none.
+std::string IdleTaskOf(const tasklog::Log& log, const std::string& pattern);
+
 // The file beside `path`, or in the folder `path`, that holds the metadata.
 std::string MetadataOfFile(const std::string& path);
 std::string MetadataOfFolder(const std::string& path);

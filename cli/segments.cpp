@@ -41,7 +41,9 @@ std::string ReadBytes(const std::string& path, std::uintmax_t most) {
   std::error_code error;
   const std::uintmax_t size = std::min(std::filesystem::file_size(path, error), most);
   if (error) throw Failure::System("reading " + Quoted(path), error.value());
-  std::string bytes(size, '\0');
+  std::string bytes;
+  if (size > bytes.max_size()) throw Failure::System("reading " + Quoted(path), EFBIG);
+  bytes.resize(static_cast<std::size_t>(size));
   std::ifstream file(path, std::ios::binary);
   file.read(bytes.data(), static_cast<std::streamsize>(size));
   if (!file) throw Failure::System("reading " + Quoted(path), errno != 0 ? errno : EIO);

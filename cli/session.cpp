@@ -31,7 +31,7 @@ class Session {
  public:
   explicit Session(const RecordRequest& request);
 
-  void StartLoggers() const;
+  void StartLoggers() const { cli::StartLoggers(request_.target, loggers_, request_.trigger); }
   void ReadUntilDone();
   void Save();
   int ExitCode() const { return exitCode_; }
@@ -85,19 +85,9 @@ void PrintReport(std::string_view lines) {
   }
 }
 
-// Those named beside "all" come behind those found, if they are others.
-std::vector<Logger> LoggersOf(const RecordRequest& request) {
-  if (!request.loggers.all) return request.loggers.loggers;
-  std::vector<Logger> loggers = FindLoggers(request.target);
-  for (const Logger logger : request.loggers.loggers) {
-    if (std::find(loggers.begin(), loggers.end(), logger) == loggers.end()) loggers.push_back(logger);
-  }
-  return loggers;
-}
-
 Session::Session(const RecordRequest& request)
     : request_(request),
-      loggers_(LoggersOf(request)),
+      loggers_(ChosenLoggers(request.target, request.loggers)),
       recorder_(request, loggers_),
       bar_((request.goesOn ? "recording " : "reading ") + SafeText(request.target)) {
   logs_.resize(recorder_.FileCount());
@@ -105,13 +95,6 @@ Session::Session(const RecordRequest& request)
     sources_.push_back({LoggerReader(request.target, loggers_[i], logs_[request.merge ? 0 : i]),
                         recorder_.Notes().loggers[i]});
   }
-}
-
-void Session::StartLoggers() const {
-  // All names first, so that a logger that cannot be started stops us before any is.
-  std::vector<std::string> targets;
-  for (const Logger logger : loggers_) targets.push_back(StartTarget(request_.target, logger));
-  for (const std::string& target : targets) StartLogger(target, request_.trigger);
 }
 
 void Session::ReadUntilDone() {
@@ -161,7 +144,7 @@ void Session::LookForTrigger() {
     const std::uint64_t stop = source.reader.Log().StopTime();
     const std::uint64_t from = std::exchange(source.awaitedFrom, stop);
     if ((rounds_ == 1 && !request_.start) || stop <= from) continue;
-    const auto ticks = request_.until->FirstIn(source.reader.Log(), from, stop - 1);
+    const auto ticks = request_.until->FirstIn(source.reader.Log(), from, stop - 1, recorder_.Notes());
     if (ticks) return EndSoon({request_.until->Selector(), request_.merge ? "" : source.notes.name, *ticks});
   }
 }
@@ -297,10 +280,7 @@ void Session::Save() {
 }  // namespace
 
 int Record(const RecordRequest& request) {
-  if (request.loggers.byDefault && WithoutKernelSuffix(request.target) != request.target) {
-    PrintWarning("the kernel behind " + Quoted(request.target) +
-                 " is not looked at, this reads the scheduler's logger (--logger selects a kernel's)");
-  }
+  WarnAboutSuffix(request.target, request.loggers);
   CatchStopSignals();
   Session session(request);
   if (request.start) session.StartLoggers();

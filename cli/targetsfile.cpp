@@ -2,7 +2,6 @@
 
 #include <dlfcn.h>
 #include <fmt/format.h>
-#include <fnmatch.h>
 #include <link.h>
 #include <toml++/toml.h>
 
@@ -12,6 +11,7 @@
 #include <vector>
 
 #include "analysis/meanings.h"
+#include "analysis/pattern.h"
 #include "failure.h"
 #include "text.h"
 
@@ -67,7 +67,7 @@ bool Names(const toml::table& entry, const std::string& target) {
   for (const toml::node& name : *names) {
     const auto pattern = name.value<std::string>();
     if (!pattern) throw Mistake{name.source(), "names: expected a text"};
-    found = found || ::fnmatch(pattern->c_str(), target.c_str(), 0) == 0;
+    found = found || analysis::MatchesPattern(*pattern, target);
   }
   return found;
 }

@@ -81,6 +81,13 @@ std::string SafeText(std::string_view bytes) {
   return out;
 }
 
+bool IsHarmless(std::string_view bytes) {
+  bool harmless = true;
+  ForEachCharacter(
+      bytes, [](std::string_view) {}, [&](std::string_view, std::uint32_t) { harmless = false; });
+  return harmless;
+}
+
 std::string Quoted(std::string_view bytes) { return "'" + SafeText(bytes) + "'"; }
 
 std::string CsvField(std::string_view bytes) {
@@ -102,6 +109,16 @@ std::string JsonString(std::string_view bytes) {
   };
   ForEachCharacter(bytes, plain, bad);
   return out + '"';
+}
+
+std::string SnakeCase(std::string_view camelCase) {
+  std::string out;
+  for (const char c : camelCase) {
+    const bool isUpper = c >= 'A' && c <= 'Z';
+    if (isUpper) out += '_';
+    out += isUpper ? static_cast<char>(c - 'A' + 'a') : c;
+  }
+  return out;
 }
 
 std::size_t DisplayWidth(std::string_view utf8) {

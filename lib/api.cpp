@@ -1,5 +1,5 @@
-// The TL exports: each forwards to the model, takes a missing target for the empty name, refuses other
-// missing arguments, or turns a failed allocation into its code. No other logic.
+// The TL exports. Each forwards to the log, takes a null target for the empty name, refuses other null
+// arguments, or turns a failed allocation into its code. No other logic.
 #include <new>
 
 #include "model/model.h"

@@ -43,7 +43,7 @@ void TLGetErrorMessage(uint32_t status, char* buffer, uint32_t size) {
     return;
   }
   if (size == 0) return StoreSize(ForeignMessageSize(status), buffer);
-  // One byte is kept back, so that the text ends whatever the other library does.
+  // The other library does not get the last byte, so that the text ends whatever it does.
   GetErrorDescription("", status, buffer, std::max(size - 1, 1u));
   buffer[size - 1] = '\0';
 }

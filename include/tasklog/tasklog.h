@@ -26,7 +26,7 @@
  *            every other value comes unchanged from the target-access library. TLGetErrorMessage()
  *            gives the text of both. The library prints nothing and raises no exception to its caller.
  * Text       is NUL-terminated bytes. Names are compared byte by byte and may be empty. The library
- *            does not interpret an encoding, and names from a target or a file may hold any byte.
+ *            does not interpret an encoding, and names from a controller or a file may hold any byte.
  * Time       is counted in controller timer ticks from an origin that the controller chooses.
  *            TLTaskLogGetTicksPerSecond() converts to seconds.
  * Validity   categories and their names live until the log is destroyed. Entries, entry iterators and
@@ -67,7 +67,7 @@ enum {
   TLErrFileInvalid = 0x40CA0012,     /* "Not a valid TaskLog file": wrong or cut short */
   TLErrFileVersion = 0x40CA0013,     /* "TaskLog file has newer version than supported" */
   TLErrFileWrite = 0x40CA0014,       /* "Error writing TaskLog file" */
-  TLErrLoggerNotStarted = 0x40CA0020 /* the start procedure answered 0; text from the target library */
+  TLErrLoggerNotStarted = 0x40CA0020 /* the start procedure answered 0; text of target-access library */
 };
 
 /* What a category is. */
@@ -109,7 +109,7 @@ enum {
 /* Reports how far an append from a target has come.
  * log       the log being filled; its entries are still those from before the append
  * fraction  0.0 to 1.0, never decreasing within one call
- * proceed   holds 1; store 0 to cancel (no effect at fraction 1.0, when the work is done)
+ * proceed   holds 1; store 0 to cancel (no effect at fraction 1.0: the work is done)
  * user      the pointer given to TLTaskLogAppendFromTarget()
  * Called on the thread of the append, at the start, after each transfer, after every record and at the
  * end. It may read `log` but must not append to it or destroy it, and must not throw. */
@@ -147,13 +147,13 @@ uint32_t TLStartLog(const char* target, const char* triggerTask);
  *           plain target name
  * progress  may be null; see TLProgress
  * user      handed to `progress`
- * The timer rate of the target replaces the log's. The start and stop time are widened to cover all
- * entries. An entry is held already when one of the same type, time and category id is; a timing issue
- * whose code is not printable also when one of the same type, time and category name is. Categories that
- * the log does not know are fetched from the target, all tasks or all testpoints at once; ids that the
- * target does not know get a category named "0x%08X" after the id (tasks: priority 7, time slice -1).
- * Numbers that the target reports are truncated toward zero, and counts taken modulo 2^32; one that no
- * 64-bit integer holds counts as 0. A last slot that the buffer holds only in part is ignored.
+ * The timer rate of the controller replaces the log's. Start and stop time widen to cover all entries. The
+ * log holds an entry already when it has one of the same type, time and category id; a timing issue whose
+ * code is not printable also when it has one of the same type, time and category name. For an id that the
+ * log does not know, the append fetches all tasks or all testpoints of the controller. For one that the
+ * controller does not know either, it makes a category named "0x%08X" (tasks: priority 7, time slice -1).
+ * It truncates numbers that the controller reports toward zero, and counts modulo 2^32; one that no
+ * 64-bit integer holds counts as 0. A last record that the buffer holds only in part does not count.
  * Errors    TLErrCanceled, TLErrOutOfMemory or a code of the target-access library, with the entries,
  *           start and stop time as they were; ticks per second and categories found so far may be new.
  *           One exception: when fetching tasks or testpoints fails, the append completes, with
@@ -182,7 +182,7 @@ uint64_t TLTaskLogGetStartTime(TLTaskLog log);
  * Threads   beside other reads of `log` */
 uint64_t TLTaskLogGetStopTime(TLTaskLog log);
 
-/* Ticks per second; 0 until an append sets it, and 0 when a target reports a tick length that gives no
+/* Ticks per second; 0 until an append sets it, and 0 when a controller reports a tick length that gives no
  * rate (not finite, zero or negative).
  * Threads   beside other reads of `log` */
 uint64_t TLTaskLogGetTicksPerSecond(TLTaskLog log);
@@ -250,15 +250,15 @@ ETLCatType TLCategoryGetType(TLCategory category);
  * Valid     until the log is destroyed */
 const char* TLCategoryGetName(TLCategory category);
 
-/* Identifier of a category on the target: of a task its id there, of a testpoint its address (low 32
+/* Id of a category on the controller: of a task its id there, of a testpoint its address (low 32
  * bits), of a timing issue the first four characters of its name, first in the top bits; characters that
  * a shorter name lacks count as 0. A task's id may change with an append. */
 uint32_t TLCategoryGetId(TLCategory category);
 
-/* Priority of a task as the target reports it, 0 to 255; 0 for a category of another kind. */
+/* Priority of a task as the controller reports it, 0 to 255; 0 for a category of another kind. */
 uint32_t TLTaskGetPriority(TLCategory category);
 
-/* Time slice of a task as the target reports it; 0 for a category of another kind. */
+/* Time slice of a task as the controller reports it; 0 for a category of another kind. */
 int32_t TLTaskGetTimeslice(TLCategory category);
 
 /* What the entry says happened. */
@@ -278,7 +278,7 @@ TLCategory TLEntryGetCategory(TLEntry entry, uint32_t slot);
 /* Writes the log to a TaskLog file, replacing what is at `path`. docs/file-format.md says what a file
  * holds and what it cannot.
  * Errors    TLErrFileOpen (also for a null `path`), TLErrFileWrite, TLErrOutOfMemory; the file is closed
- *           and stays as far as it was written. An error that shows only when the file is closed is not
+ *           and holds what was written so far. An error that shows only when the file is closed is not
  *           reported
  * Threads   beside other reads of `log` */
 uint32_t TLTaskLogSaveAsFile(TLTaskLog log, const char* path);
@@ -287,8 +287,8 @@ uint32_t TLTaskLogSaveAsFile(TLTaskLog log, const char* path);
 
 /* Writes the text of a status, cut to `size` bytes with its NUL. With size 0, stores the size needed as
  * a uint32_t in the first four bytes of `buffer` instead, so `buffer` must hold four bytes even then.
- * Codes without a text of the library's own are described by the target-access library, which is given
- * size - 1 bytes: add one to the size needed, or its text loses its last character.
+ * The target-access library describes codes without a text of the library's own. It gets size - 1 bytes:
+ * add one to the size needed, or its text loses its last character.
  * Errors    none; a null `buffer` is ignored
  * Threads   any, as far as the target-access library allows */
 void TLGetErrorMessage(uint32_t status, char* buffer, uint32_t size);

@@ -43,7 +43,7 @@ class [[nodiscard]] Status {
     std::uint32_t size = 0;
     TLGetErrorMessage(code_, reinterpret_cast<char*>(&size), 0);
     if (size < 2 || size > longestText) size = longestText;
-    // One byte more: a text of the target-access library is given all but the last byte.
+    // One byte more: the target-access library gets all but the last byte.
     std::string text(size + 1, '\0');
     TLGetErrorMessage(code_, text.data(), static_cast<std::uint32_t>(text.size()));
     return text.c_str();
@@ -94,8 +94,8 @@ class Entry {
   TLEntry handle_;
 };
 
-// Owns an iterator of the library and walks it once. `Item` is what it yields. A walk that was left goes on
-// at the item where it was left. Iterators point to the range: it stays where it is while they are used.
+// Owns an iterator of the library and walks it once. `Item` is what it yields. A second begin() goes on at
+// the item where the walk before stopped. Iterators point to the range: do not move it while you use them.
 template <class Item, class Handle, auto next, auto destroy>
 class Range {
  public:
@@ -149,7 +149,7 @@ struct EntryFilter {
   std::uint64_t to = UINT64_MAX;          // ticks, included
 };
 
-// Told the fraction done, 0.0 to 1.0; returns false to cancel.
+// Gets the fraction done, 0.0 to 1.0; returns false to cancel.
 using Progress = std::function<bool(double fraction)>;
 
 // Arms and starts the logger of a controller; see TLStartLog().

@@ -10,8 +10,8 @@
 // Collects the records of a file, then pairs the two records of each entry by their time and lays the entries
 // down in the order of time.
 //
-// Memory is obtained as records arrive and none when they are paired: what a file says of task ids takes
-// effect even when the file breaks off or memory runs out.
+// All memory is obtained while records arrive: the task ids that a file states take effect even when the file
+// breaks off or memory runs out.
 class _STLTaskLog::EntryMap {
  public:
   explicit EntryMap(_STLTaskLog& log) : log_(log) {}

@@ -6,8 +6,8 @@
 
 #include "model/model.h"
 
-// A look-aside in front of the log's registry, for one section, whose categories are of one kind. No two
-// testpoints share name and id, no two timing issues a name, so a category that fits is the one wanted.
+// Stands before the log's registry for one section, whose categories are of one kind. No two testpoints share
+// name and id, and no two timing issues share a name, so a category that fits is the right one.
 class EventCategories {
  public:
   explicit EventCategories(_STLTaskLog& log) : log_(log) {}

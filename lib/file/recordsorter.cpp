@@ -1,4 +1,4 @@
-// A stretch of time after the other is gathered from all sections, as much as fits into a cache, and sorted.
+// Gathers one stretch of time after the other from all sections, as much as fits into a cache, and sorts it.
 #include "file/recordsorter.h"
 
 #include <algorithm>
@@ -24,7 +24,7 @@ void RecordSorter::Add(const Record& record) {
   runs_.back().end = records_.size();
 }
 
-// Each run is looked at whenever records are gathered, so where there are many runs, more are gathered.
+// Gathering looks at every run, so where there are many runs it takes more records at once.
 void RecordSorter::BeginRun() {
   const std::size_t needed = 2 * std::max(thresholds::sorted, std::bit_ceil(runs_.size() + 1));
   if (items_.size() < needed) items_.resize(needed);

@@ -6,11 +6,11 @@
 #include "model/growingarray.h"
 #include "model/model.h"
 
-// Collects records in the order of the file and yields them by time; records of one time stay in the order of
-// the file. Sections lie in the order of time, so they are only merged: what a record costs does not depend
-// on the number of sections. A section that is out of order counts as several runs that are not.
+// Collects records in the order of the file and yields them by time, those of one time in the order of the
+// file. A section is mostly in the order of time already, which makes it one run; one that goes backward
+// makes several. The cost of a record does not depend on the number of runs.
 //
-// Memory is obtained as records arrive and none when they are yielded.
+// All memory is obtained while records arrive.
 class RecordSorter {
  public:
   struct Record {
@@ -25,8 +25,7 @@ class RecordSorter {
     inRun_ = false;
   }
   std::size_t RoomLeft() const { return records_.SpareSize(); }
-  // Makes room for more records and returns for how many there is room then, those added included; throws
-  // bad_alloc.
+  // Makes room for more records and returns how many there may be then in all; throws bad_alloc.
   std::size_t MakeRoom();
   // Adds a record to the section; throws bad_alloc.
   void Add(const Record& record);

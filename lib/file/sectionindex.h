@@ -18,7 +18,7 @@ class SectionIndex {
   void ForEach(const _STLCategory& task, Visit visit) const {
     const Number* end = ends_[task.index];
     for (const Number* number = begins_[task.index]; number != end; ++number) {
-      // The entries of one task lie apart; without this each would be waited for.
+      // The entries of one task lie apart: without this the processor would wait for each.
       if (end - number > ahead) __builtin_prefetch(&log_.entries[number[ahead]]);
       visit(log_.entries[*number]);
     }
@@ -40,7 +40,7 @@ class SectionIndex {
 
 template <class Number>
 SectionIndex<Number>::SectionIndex(const _STLTaskLog& log) : log_(log) {
-  // Room for every entry that holds the task: more than its section needs only by events of other tasks.
+  // Room for every entry that holds the task. Its section needs less where it has events of other tasks.
   constexpr u64 types = TL_LOGS_SWITCHES | TL_LOGS_TASK_EVENTS;
   std::vector<std::size_t> offsets;
   std::size_t size = 0;

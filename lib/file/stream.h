@@ -20,7 +20,7 @@ class Stream {
  public:
   Stream(const char* path, const char* mode)
       : buffer_(static_cast<char*>(std::malloc(bufferSize))), file_(std::fopen(path, mode)) {
-    // Without memory for it the stream makes do with a small buffer of its own.
+    // Without this buffer the stream uses a small one of its own.
     if (file_ && buffer_) std::setvbuf(file_.get(), buffer_.get(), _IOFBF, bufferSize);
   }
   bool IsOpen() const { return file_ != nullptr; }

@@ -10,8 +10,8 @@
 #include "model/block.h"
 #include "model/pages.h"
 
-// Grows in place where the system can do so, which for large blocks means without a copy. New values are
-// built in the spare room, unseen until they are taken over: a failure leaves nothing to undo.
+// Grows in place where the system can do so, large blocks without a copy. New values are built in the spare
+// room, where nobody sees them until Extend(): a failure leaves nothing to undo.
 template <class Value>
 class GrowingArray {
   static_assert(std::is_trivially_copyable_v<Value>);
@@ -30,15 +30,15 @@ class GrowingArray {
 
   std::size_t SpareSize() const { return block_.SizeBytes() / sizeof(Value) - size_; }
   // Makes room for `count` values behind the last one and returns where it begins; throws bad_alloc, with the
-  // array as it was. Moves the values. Grown by a quarter at least, so that the cost per value stays the same
-  // however often an array grows.
+  // array as it was. May move the values. Grows by a quarter at least, so that the cost of a value stays the
+  // same however often an array grows.
   Value* Spare(std::size_t count) {
     if (SpareSize() < count && !Resize(size_ + std::max(count, size_ / 4))) throw std::bad_alloc();
     return data() + size_;
   }
   // Takes over values that were built at the start of the spare room.
   void Extend(std::size_t count) { size_ += count; }
-  // Gives spare room back where there is much of it; the larger block serves as well.
+  // Gives much spare room back. Where that fails, the larger block serves as well.
   void TrimSpare() {
     if (SpareSize() > size_ / 2 + largePageSize / sizeof(Value)) Resize(size_ + size_ / 4);
   }

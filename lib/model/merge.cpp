@@ -1,5 +1,5 @@
-// Takes new entries into a log and completes the log with the task that was running. What an append costs
-// depends on what it adds and on what lies behind the first entry added, not on what is held before.
+// Takes new entries into a log and fills in the task that was running. The cost depends on what an append
+// adds and on what lies behind the first entry added, not on what lies before.
 #include <algorithm>
 
 #include "model/model.h"

@@ -46,8 +46,7 @@ struct STLTask final : _STLCategory {
 
   const u32 priority;
   const i32 timeSlice;
-  u32 id = 0;  // written by who creates the task, and again when it is met under
-               // another identifier
+  u32 id = 0;  // changes when the task is found under another id
 };
 
 struct STLTestpoint final : _STLCategory {
@@ -180,10 +179,10 @@ struct _STLTaskLog {
                                 u64 to) const;  // owned by the caller
   u64 GetEntriesCount(const _STLCategory* category, u64 types, u64 from, u64 to) const;
 
-  // Merges new entries, each run in the order of time: those that go before held entries of the same time,
-  // and those that go behind them. Runs that lie one behind the other at the start of the spare room of
-  // `entries` are not copied when that is their place. Ends every append. Throws bad_alloc, with the entries
-  // as they were.
+  // Merges two runs of new entries. Among equal times those of `before` go before the held entries, those of
+  // `behind` behind them. The runs lie one behind the other; at the start of the spare room of `entries` they
+  // are not copied when that is their place. Ends every append. Throws bad_alloc, with the entries as they
+  // were.
   void TakeNewEntries(NewRun before, NewRun behind);
   // Puts the task that was running into slot 1 of the entries, where those from `from` up to `to` are new.
   void FillInOldTasks(std::size_t from, std::size_t to);
@@ -193,7 +192,7 @@ struct _STLTaskLog {
   u32 FetchTicksPerSecond(const std::string& target);
   u32 FetchTasks(const std::string& target);
   u32 FetchTestpoints(const std::string& target);
-  // Adds a record of two words to the new entries, unless an equal entry is there; true for a marker record.
+  // Adds a record of two words to the new entries, unless an equal entry is there; true for a marker.
   bool AddEntry(const u32* record, bool forward, Acquisition& acquisition);
   // The category that a record of this type and id is about, fetched or made when the log has none.
   _STLCategory* FindOrFetchCategory(u32 id, ETLLogType type, Acquisition& acquisition);
@@ -228,6 +227,6 @@ struct _STLTaskLog {
   CategorySet categoriesByKey_;
   EntryCounts entryCounts_;               // of all entries
   TimeIndex timeIndex_;                   // of all entries
-  std::size_t filledIn_ = 0;              // entries that have been given the task that was running
+  std::size_t filledIn_ = 0;              // entries whose running task is filled in
   _STLCategory* runningAtEnd_ = nullptr;  // behind the last of them
 };

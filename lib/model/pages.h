@@ -5,7 +5,7 @@
 
 #include "model/thresholds.h"
 
-// The system hands out fresh memory page by page, which for a log that is read once costs as much as all the
+// The system hands out fresh memory page by page. For a log that is read once that costs as much as all the
 // rest. A large page costs a quarter of the 512 small ones that it replaces, and a search in a large log
 // waits less. A system without large pages gives small ones; nothing else changes.
 inline constexpr std::size_t largePageSize = thresholds::largePage;  // bytes

@@ -9,8 +9,8 @@ constexpr u64 allTypes = TL_LOGS_ALL;
 
 }  // namespace
 
-// A bound that does not cut into the period is not applied: entries that lie outside the period, possible
-// after an append from a file, are part of a query that reaches its end.
+// A bound that does not cut into the period does not apply: a file may have entries outside its period, and a
+// query that reaches the end of the period yields them.
 _STLTaskLog::EntryRange _STLTaskLog::SelectTimeRange(u64 from, u64 to) const {
   std::size_t begin = 0;
   std::size_t end = entries.size();
@@ -25,7 +25,7 @@ _STLEntryIterator* _STLTaskLog::GetEntries(const _STLCategory* category, u64 typ
   return new _STLEntryIterator(range.begin, range.end, {category, types});
 }
 
-// Counts of the whole log are kept by the appends; only a part of it is looked at.
+// The appends keep counts of the whole log, so only a count over a part looks at entries.
 u64 _STLTaskLog::GetEntriesCount(const _STLCategory* category, u64 types, u64 from, u64 to) const {
   if (types == 0) types = allTypes;
   const EntryRange range = SelectTimeRange(from, to);

@@ -26,7 +26,7 @@ Category* _STLTaskLog::Find(const CategoryKey& key) const {
   return found != categoriesByKey_.end() ? static_cast<Category*>(found->second) : nullptr;
 }
 
-// All containers hold the same categories whatever fails.
+// Whatever fails, all containers hold the same categories.
 template <class Category, class... Properties>
 Category* _STLTaskLog::FindOrCreate(const CategoryKey& key, const std::string& name,
                                     Properties... properties) {

@@ -25,9 +25,9 @@ void TimeIndex::Update(const EntryArray& entries, std::size_t from) {
   } while (count > fanout);
 }
 
-// `isBefore` tells whether a timestamp lies before the place that is searched. On every level the last key
-// before that place leads to the block below which holds it; counting without a branch lets the processor
-// fetch a block at once.
+// `isBefore` tells whether a timestamp lies before the place in question. On every level the last key before
+// that place leads to its block on the level below. Counting without a branch lets the processor fetch a
+// block at once.
 template <class IsBefore>
 std::size_t TimeIndex::Search(const EntryArray& entries, IsBefore isBefore) const {
   std::size_t block = 0;

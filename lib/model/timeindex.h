@@ -8,8 +8,8 @@
 // A search tree without pointers over the timestamps of an EntryArray: level 0 holds the timestamp of every
 // 16th (`fanout`) entry, each level above every 16th key of the one below, up to a level of at most 16 keys.
 // A search reads one block of 16 neighbours a level; a plain binary search of ten million entries waits for
-// memory some ten times. Costs less than 2 % of the entries' memory. Kept by the appends, never by a query,
-// so that queries may run side by side.
+// memory some ten times. Costs less than 2 % of the entries' memory. Only appends change it, so queries may
+// run side by side.
 class TimeIndex {
  public:
   // Makes room for `count` entries; throws bad_alloc, with the index as it was.

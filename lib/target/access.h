@@ -17,7 +17,7 @@ uint32_t PutVariable(const char* target, const char* name, const void* data, uin
 // Calls a procedure; the name ends in "()".
 uint32_t CallProcedure(const char* target, const char* name, double* result);
 
-// Reads `count` words of target memory, each as its numeric value.
+// Reads `count` words of the controller's memory, each as its numeric value.
 uint32_t GetBlock32(const char* target, int64_t address, uint32_t* words, uint32_t count);
 
 // Delivers the task list, in portions. Size 0: stores the size in bytes in words[0]. A header

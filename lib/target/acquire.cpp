@@ -1,5 +1,4 @@
-// From a controller's logger buffer into the log: read the ring, decode it, merge. The buffer is described in
-// docs/ring-buffer.md.
+// From a controller's ring into the log: read it, decode it, merge. docs/ring-buffer.md describes rings.
 #include <new>
 
 #include "target/access.h"
@@ -12,7 +11,7 @@ std::string LoggerName(i32 kernel) {
   return kernel == -1 ? "Scheduler.Logger" : "Kernel." + std::to_string(kernel) + ".Logger";
 }
 
-// Leaves the ring empty when the buffer is too small to hold anything.
+// Leaves the copy empty when the ring is too small to hold anything.
 u32 ReadRing(const std::string& target, const std::string& logger, ProgressReporter& progress, Ring& ring) {
   double sizeBytes = 0.0;
   double address = 0.0;

@@ -7,10 +7,10 @@
 
 #include "model/model.h"
 
-// Whether a record is held already is told by the entries of its time. Those are mostly few and looked at one
-// by one; where a clock stands still, or a ring is damaged, there may be as many as a ring has slots, and
-// these sets take the place of the looking. They are ordered, for no choice of ids makes such a set slow.
-// When ids change, call ChangeTaskId(), or End() where it is not known which.
+// The entries of a record's time tell whether the log has it already. They are mostly few, and KnownEntries
+// looks at them one by one. Where a clock stands still, or a ring is damaged, a ring may hold nothing else;
+// then it looks into these sets. They are ordered, for no choice of ids makes an ordered set slow. When the
+// id of a task changes, call ChangeTaskId(); when any ids may have changed, End().
 class CrowdedTime {
  public:
   bool IsAt(u64 time) const { return active_ && time == time_; }

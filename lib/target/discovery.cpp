@@ -1,4 +1,4 @@
-// Turns the id of a record into a category: one that the log has, one that the controller knows, or one named
+// Finds the category of a record's id: one that the log has, one that the controller knows, or one named
 // after the id.
 #include <algorithm>
 #include <cctype>
@@ -16,7 +16,7 @@
 
 namespace {
 
-constexpr u32 nameSize = 255;           // bytes that a target may fill with a name
+constexpr u32 nameSize = 255;           // bytes that a name from a controller may fill
 using NameBuffer = char[nameSize + 1];  // one more, so that the text always ends
 constexpr u32 unknownPriority = 7;
 constexpr i32 unknownTimeSlice = -1;
@@ -27,7 +27,7 @@ std::string PlaceholderName(u32 id) {
   return text;
 }
 
-// Targets know variable names of up to 284 characters; what an object's name makes longer is cut.
+// Controllers know variable names of up to 284 characters, so a longer one is cut.
 std::string AddressVariable(const char* object) {
   return ("Watchpoint.Entity." + std::string(object) + ".Prop.Address").substr(0, 284);
 }
@@ -37,26 +37,26 @@ ETLCatType KindOf(ETLLogType type) {
   return type == TLLogTestpoint ? TLCatTestpoint : TLCatTask;
 }
 
-// Stands for a word of a task list that the target leaves out: it differs from place to place, so that no
-// list repeats it by accident, and is never the word that continues a list. Marking takes memory, so it stops
-// where no list is expected to reach; behind, what is left out is zero, in memory that the system hands out
-// as it is used. So a size that makes no sense costs little.
+// Marks a word of a task list that the controller leaves out. The mark differs from place to place, so that
+// no list repeats it by accident, and is never the word that continues a list. Marking touches memory, so it
+// stops where no real list reaches. Behind, a word that is left out is zero, and a size that makes no sense
+// costs little.
 constexpr std::size_t markedWords = std::size_t{1} << 20;
 u32 LeftOut(std::size_t place) {
   if (place >= markedWords) return 0;
   return 0xA5000000 | static_cast<u32>(place) * 0x9E3779B1 >> 8;
 }
 
-// Gives the identifiers that the target lists: a header word, then one for each task. The target delivers as
-// much as it likes of what it is asked for, and marks with a reserved word that there is more behind a
-// portion; behind the last one it may have delivered the rest at once. Returns the status of a transfer that
-// failed.
+// Gives the ids that the controller lists: a header word, then one for each task. The controller delivers a
+// portion or more of what it is asked for. Where more is to come, a reserved word stands behind the portion;
+// otherwise the rest may be there already. Returns the status of a transfer that failed.
 u32 FetchTaskIds(const char* target, std::vector<u32>& ids) {
   constexpr std::size_t portionWords = 120;
   u32 remaining = 0;  // bytes
   if (const u32 status = DbgTasksList(target, &remaining, 0)) return status;
   const std::size_t count = remaining / 4;
-  // The transfers are told the size as it was reported, which need not be one of whole words. Never null.
+  // Each transfer gets the size as the controller reported it, which need not be one of whole words. One word
+  // more, so that no size gives null.
   const std::unique_ptr<u32[], Free> words(static_cast<u32*>(std::calloc(count + 1, sizeof(u32))));
   if (!words) throw std::bad_alloc();
   for (std::size_t i = 0; i < std::min(count, markedWords); ++i) words[i] = LeftOut(i);
@@ -74,9 +74,9 @@ u32 FetchTaskIds(const char* target, std::vector<u32>& ids) {
   return TL_OK;
 }
 
-// The following make the category of an id that neither the log nor the target knows.
+// The following make the category of an id that neither the log nor the controller knows.
 
-// A code that is not printable is not the id of its category; later records find it under both.
+// A code that is not printable is not the id of its category; later records find the category under both.
 _STLCategory* NameTimingIssue(_STLTaskLog& log, u32 code, _STLTaskLog::Acquisition& acquisition) {
   STLTimingIssue* issue = log.FindOrCreateTimingIssue(TimingIssueName(code));
   acquisition.ids.Add(issue->GetId(), issue);

@@ -34,7 +34,7 @@ _STLCategory*& IdIndex::PlaceFor(u64 key) {
   return place->category;
 }
 
-// Leads a place from tasks that have left its id on to the one that has it.
+// Where the task in a place has left its id, puts the next one there that had it.
 _STLCategory* IdIndex::Search(ETLCatType kind, u32 id) {
   const u64 key = KeyOf(kind, id);
   _STLCategory** first = nullptr;
@@ -54,7 +54,7 @@ void IdIndex::Add(u32 id, _STLCategory* category) {
   if (!place) place = category;
 }
 
-// All keys find their places anew, for a key is looked for in the tree only where its places are taken.
+// Puts all keys anew: a search goes on in the tree only where the places for a key are taken.
 void IdIndex::Grow() {
   std::vector<Place> places(2 * places_.size());
   std::map<u64, _STLCategory*> crowded;

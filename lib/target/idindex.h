@@ -6,15 +6,15 @@
 
 #include "model/model.h"
 
-// A hash table over the categories of a log. Among categories of one kind and id the one created first
-// counts. Ids that collide beyond a few places go into a tree, so that no choice of ids makes it slow. A task
-// may change its id once to one that no task has: then add it. Build the table anew when ids have changed
-// otherwise.
+// A hash table over the categories of a log. Of several of one kind and id it finds the one created first.
+// Ids that collide beyond a few places go into a tree, so that no choice of ids makes it slow. Add a task
+// that has changed its id, which it may do once, to one that no task has. After any other change of ids build
+// the table anew.
 class IdIndex {
  public:
   bool IsBuilt() const { return !places_.empty(); }
   void Build(const std::vector<_STLCategory*>& categories);  // throws bad_alloc
-  // Null when there is none. Mostly the place that an id leads to has it.
+  // Null when there is none. Mostly the first place for an id has it.
   _STLCategory* Find(ETLCatType kind, u32 id) {
     const u64 key = KeyOf(kind, id);
     const Place& place = places_[PlaceOf(key)];

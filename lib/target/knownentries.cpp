@@ -1,12 +1,13 @@
-// Mostly an entry next to the last one found, sometimes one of a few of its time, seldom one of a crowd.
+// Mostly the entry of a record is next to the last one found, sometimes among a few of its time, seldom in a
+// crowd.
 #include "target/knownentries.h"
 
 #include "target/target.h"
 
 namespace {
 
-// The id of what an entry is about, of which its type tells the kind; asked directly, for polling asks it for
-// each record again.
+// The id of what an entry is about. Goes by the type of the entry rather than through a virtual call, for a
+// poll does this for each record.
 u32 SubjectId(const _STLEntry& entry) {
   const _STLCategory* subject = entry.slots[0];
   if (!subject) return 0;
@@ -15,8 +16,8 @@ u32 SubjectId(const _STLEntry& entry) {
   return static_cast<const STLTask*>(subject)->id;
 }
 
-// A code that is not printable is not the id of its category, so it is recognised by the name that it would
-// be given; a host that polls would otherwise collect the same timing issue again and again.
+// A code that is not printable is not the id of its category, so the name that it would get tells. Otherwise
+// a host that polls would collect the same timing issue again and again.
 [[gnu::cold]] bool IsNamedAfter(const _STLEntry& timingIssue, u32 code) {
   return timingIssue.slots[0]->name == TimingIssueName(code);
 }

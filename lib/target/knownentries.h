@@ -5,8 +5,8 @@
 #include "target/newentries.h"
 #include "target/timecursor.h"
 
-// Looks among the entries that the log held before the append and among those that the append adds. Records
-// come in the order in which a ring is read.
+// Looks among the entries that the log held before the append and among those that the append adds. Ask in
+// the order in which a ring is read.
 class KnownEntries {
  public:
   KnownEntries(const _STLTaskLog& log, const NewEntries& added)

@@ -6,11 +6,11 @@
 
 #include "model/model.h"
 
-// Built at their place if nothing held lies later, in the spare room behind the held entries: read forward
-// they grow upward from a middle, read backward downward, so that both lie there in the order of time. Where
-// that room does not suffice they are built aside, for held entries stay where they are until all are built.
-// Only a damaged ring or a wrap of the 64-bit time breaks the order; then a map finds what the order no
-// longer can.
+// They lie in the spare room behind the held entries, which is their place if no held entry is later. Those
+// read forward grow upward from a middle, those read backward downward, so both lie in the order of time.
+// Where that room does not suffice they lie aside, for held entries stay where they are until the last one is
+// added. Only a damaged ring or a wrap of the 64-bit time breaks the order; then a map finds the entries of a
+// time.
 class NewEntries {
  public:
   // Throws bad_alloc. The array must not change while entries are added.
@@ -36,7 +36,7 @@ class NewEntries {
   _STLEntry* Add(ETLLogType type, u64 timestamp, bool forward) {
     if (ordered_ && BreaksOrder(timestamp, forward)) FileInMap();
     _STLEntry* place = forward ? forward_++ : --backward_;
-    // Field by field: a copy of an entry just made waits until all of its fields are stored.
+    // Field by field: copying an entry just made would wait until all its fields are stored.
     place->type = type;
     place->timestamp = timestamp;
     place->slots[0] = place->slots[1] = nullptr;
@@ -44,8 +44,8 @@ class NewEntries {
     return place;
   }
 
-  // Moves all to the start of their room, each run in the order of time. Among equal times those read
-  // backward arrived newest first and were laid down in reverse, as they should be.
+  // Moves all to the start of their room, each run in the order of time. Entries of one time that were read
+  // backward came newest first and lie in reverse, so they are in order too.
   void Close() {
     if (!ordered_) {
       std::stable_sort(backward_, middle_, CompareEntriesByTime());
@@ -66,12 +66,12 @@ class NewEntries {
     const bool fits = array_.empty() || array_.SpareSize() >= count;
     return (fits ? array_ : aside_).Spare(count);
   }
-  // Part of its caller: each record asks it twice.
+  // Inlined, for each record calls it twice.
   template <class Visit>
   [[gnu::always_inline]] static bool VisitIn(const _STLEntry* begin, const _STLEntry* end, u64 timestamp,
                                              Visit& visit) {
     if (begin == end || timestamp < begin->timestamp || timestamp > end[-1].timestamp) return false;
-    // The border of what was read last is where a record mostly lies.
+    // A record mostly lies at the border of what was read last.
     const _STLEntry* first = begin;
     if (timestamp == end[-1].timestamp)
       for (first = end - 1; first != begin && first[-1].timestamp == timestamp;) --first;

@@ -21,7 +21,7 @@ inline constexpr double finished = 1.0;
 
 }  // namespace fraction
 
-// Tells the caller how far the append has come, and hears whether to go on.
+// Tells the caller how far the append has come, and asks whether to go on.
 class ProgressReporter {
  public:
   ProgressReporter(TLTaskLog log, TLProgress progress, void* user)

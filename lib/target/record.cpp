@@ -1,4 +1,4 @@
-// A record of a logger buffer: its words to type, tick and time.
+// A record of a ring: its words to type, tick and time.
 #include "target/record.h"
 
 #include <algorithm>

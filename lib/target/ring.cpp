@@ -1,4 +1,4 @@
-// A copy of a logger buffer, and where its laps lie.
+// A copy of a ring, and where its laps lie.
 #include "target/ring.h"
 
 #include <algorithm>
@@ -18,8 +18,8 @@ Laps::Laps(const Ring& ring) : timeBits(DetectTimeBits(ring.Slot(0), ring.SlotCo
   const u32 slotCount = ring.SlotCount();
   while (marker < slotCount && !ring.IsMarker(marker)) ++marker;
 
-  // A record like the one before it has its time and so makes no entry of its own. Where a buffer counts as
-  // one of narrow ticks, one of wide ticks may have another time even so.
+  // A record like its neighbour has the same time and so makes no entry of its own. In a ring that counts as
+  // one of 16-bit ticks, this does not hold for a record that uses the upper bits.
   const auto addsNothing = [&](const u32* slot) {
     return slot[0] == slot[-2] && slot[1] == slot[-1] && (timeBits == 28 || slot[0] >> 20 == 0);
   };

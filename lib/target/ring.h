@@ -1,4 +1,4 @@
-// A copy of a logger buffer: docs/ring-buffer.md.
+// A copy of a ring: docs/ring-buffer.md. A slot here is a cell there.
 #pragma once
 
 #include <memory>
@@ -6,8 +6,8 @@
 #include "model/block.h"
 #include "target/record.h"
 
-// The reference time in two words, then slots of two words. Zeroed, so that words which a target leaves out
-// hold something defined.
+// The reference time in two words, then cells of two words. Zeroed, so that words which a controller leaves
+// out hold something defined.
 class Ring {
  public:
   // Makes room for at least two words; throws bad_alloc.
@@ -15,23 +15,23 @@ class Ring {
   u32* Words() { return words_.get(); }
   u32 WordCount() const { return wordCount_; }
   u64 ReferenceTime() const { return u64{words_[0]} << 32 | words_[1]; }
-  u32 SlotCount() const { return (wordCount_ - 2) / 2; }  // a trailing part of a slot is ignored
+  u32 SlotCount() const { return (wordCount_ - 2) / 2; }  // a last cell that is not whole counts for nothing
   const u32* Slot(u32 index) const { return words_.get() + 2 + 2 * std::size_t{index}; }
   bool IsMarker(u32 index) const { return RecordType(*Slot(index)) == markerType; }
 
  private:
   std::unique_ptr<u32[], Free> words_;
-  u32 wordCount_ = 0;  // stays 0 when the buffer is too small to hold anything
+  u32 wordCount_ = 0;  // stays 0 when the ring is too small to hold anything
 };
 
-// How a ring is to be read. The current lap lies before the marker, the previous one behind it, up to the end
-// or back to another marker.
+// Where the laps of a ring lie. The current one is before the marker. The previous one is behind it, from the
+// end of the ring back to the marker or to another one.
 struct Laps {
   explicit Laps(const Ring& ring);
 
   const int timeBits;  // width of the tick field
-  u32 marker = 0;      // slot of the marker; the number of slots when there is none
-  // How many entries the previous lap can make: few where a ring holds little, for its unused slots are
+  u32 marker = 0;      // cell of the marker; the number of cells when there is none
+  // How many entries the previous lap can make: few where a ring holds little, for its unused cells are
   // alike.
   u32 previousRoom = 0;
 };

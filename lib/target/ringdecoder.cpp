@@ -1,4 +1,4 @@
-// From the slots of a ring to entries, record by record.
+// From the cells of a ring to entries, record by record.
 #include "target/ringdecoder.h"
 
 u32 RingDecoder::Decode() {
@@ -19,7 +19,7 @@ bool RingDecoder::DecodeSlot(u32 slot, bool forward) {
   return !progress_.IsWanted() || !progress_.CanceledAt(Fraction());
 }
 
-// The order of the operations is part of the interface: callers see the same doubles everywhere.
+// The order of these operations is part of the interface: callers see the same doubles everywhere.
 double RingDecoder::Fraction() const {
   double fetched = fraction::ringRead + (acquisition_.tasksFetched ? fraction::tasksFetched : 0.0);
   fetched += acquisition_.testpointsFetched ? fraction::testpointsFetched : 0.0;

@@ -1,5 +1,5 @@
-// Names the trigger task and calls the start procedure. A controller without loggers per kernel knows only
-// the scheduler's names, which is what the fallbacks are for.
+// Names the trigger task and calls the start procedure. The fallbacks are for a controller without loggers
+// per kernel, which knows only the scheduler's names.
 #include <tasklog/tasklog.h>
 
 #include <cstdio>
@@ -44,7 +44,7 @@ u32 StartLog(const char* target, const char* triggerTask) {
   const u32 kernel = KernelOfTarget(target);
   if (triggerTask && *triggerTask) {
     const KernelName variable("Kernel.%u.Logger.TriggerTask", kernel);
-    // Any failure but a missing variable is passed over: a log without its trigger beats none.
+    // No other failure ends the start: a log without its trigger is better than none.
     if (PutTrigger(target, variable.text, triggerTask) == noSuchVariable) {
       const u32 status = PutTrigger(target, "Scheduler.Logger.TriggerTask", triggerTask);
       return status == TL_OK ? StartScheduler(target) : status;

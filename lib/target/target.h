@@ -1,4 +1,4 @@
-// What the library makes of a target's name, of the numbers that a target reports, and of its start
+// What the library makes of a target name, of the numbers that a controller reports, and of its start
 // procedure.
 #pragma once
 
@@ -9,7 +9,7 @@
 
 // The kernel suffix of a target name: "/@" or "\@" and a number written in the digits 1 to 8.
 
-// Where the suffix begins, at its "/" or "\"; npos when the name has none.
+// The place of the suffix's "/" or "\"; npos when the name has none.
 std::string_view::size_type FindKernelSuffix(std::string_view target);
 
 // The number in the suffix, modulo 2^32; 0 without one.

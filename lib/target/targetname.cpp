@@ -5,8 +5,8 @@ namespace {
 
 using Position = std::string_view::size_type;
 
-// Where the run of digits that a suffix ends in begins. The name's first character never belongs to it: a
-// name is never a suffix alone.
+// The place of the first of the digits at the end of a name. The first character never counts as one: a name
+// is never a suffix alone.
 Position FindDigits(std::string_view target) {
   Position begin = target.size();
   while (begin > 1 && target[begin - 1] >= '1' && target[begin - 1] <= '8') --begin;

@@ -6,8 +6,8 @@
 #include "model/entry.h"
 #include "model/thresholds.h"
 
-// Walks a sorted array; a step costs the logarithm of its length, so a pass over neighbouring timestamps
-// costs a constant each, and a distant one little.
+// Walks a sorted array. A move costs the logarithm of its distance, so neighbouring timestamps cost a
+// constant each.
 class TimeCursor {
  public:
   explicit TimeCursor(const EntryArray& entries) : entries_(entries) {}

@@ -16,13 +16,13 @@ struct Clock {
 // The timer of a PPC603 counts every fourth cycle of the bus. An unreadable processor name counts as any
 // other processor.
 Clock ClockOf(const std::string& target) {
-  char cpu[11] = {};  // one byte more than the target may fill, so that the text always ends
+  char cpu[11] = {};  // one byte more than the controller may fill, so that the text always ends
   if (GetVariable(target.c_str(), "Target.Cpu", cpu, 10) == TL_OK && std::strcmp(cpu, "PPC603") == 0)
     return {"Target.BusClock", 4};
   return {"Target.CpuClock", 1};
 }
 
-// Of a tick length in nanoseconds; 0 (unknown) where the length gives no rate.
+// The ticks per second of a tick length in nanoseconds; 0 (unknown) where the length gives no rate.
 u64 RateOfResolution(double nanoseconds) {
   constexpr double limit = 18446744073709551616.0;  // 2^64
   const double rate = 1e9 / nanoseconds;

@@ -94,9 +94,8 @@ class PlainWalk {
 
   void TakeTick(const Entries& here) {
     const auto switches = std::count_if(here.begin(), here.end(), [](const auto& e) { return e.IsSwitch(); });
-    const auto events = std::count_if(here.begin(), here.end(), [](const auto& e) { return e.type == 2; });
     const bool isFirstRecord = lane_.BeginsLog() && here.size() == 1 && now_ == entries_[0].time;
-    if (switches > 0) return TakeSwitches(here, switches == 1 && events == 0, isFirstRecord);
+    if (switches > 0) return TakeSwitches(here, switches == 1, isFirstRecord);
     for (const PlainEntry& e : here) {
       TellMark(e.type, e.subject);
       if (e.type == 2) BecomeReady(e.subject, running_, !isFirstRecord);
@@ -114,7 +113,7 @@ class PlainWalk {
     const bool leaves = behind != before || BeganAnew(here);
     if (behind != before) EndRun(false);
     if (leaves && IsWorker(before)) Leave(tasks_[before], meaning);
-    if (!isAlone) OthersBecomeReady(here, before, behind);
+    isAlone ? EventsMakeReady(here, before) : OthersBecomeReady(here, before, behind);
     running_ = behind;
     if (leaves) Enter(behind, meaning, !isFirstRecord);
     for (const PlainEntry& e : here)
@@ -135,10 +134,6 @@ class PlainWalk {
 
   TaskIndex Behind(const Entries& here) const {
     std::vector<TaskIndex> named = Named(here);
-    if (std::count_if(here.begin(), here.end(), [](const auto& e) { return e.IsSwitch(); }) == 1)
-      return TheSwitch(here).subject;
-    const auto switches = std::count_if(here.begin(), here.end(), [](const auto& e) { return e.IsSwitch(); });
-    if (switches == 1) return TheSwitch(here).subject;
     if (named.size() == 1) return named[0];
     const auto later = std::find_if(entries_.begin(), entries_.end(),
                                     [&](const auto& e) { return e.IsSwitch() && e.time > now_; });
@@ -177,6 +172,14 @@ class PlainWalk {
              return (meaning == Meaning::done && e.MayHaveRun(running_)) ||
                     (meaning == Meaning::plain && e.subject == conventions_.idle);
            });
+  }
+
+  void EventsMakeReady(const Entries& here, TaskIndex before) {
+    for (const PlainEntry& e : here) {
+      if (e.type != 2) continue;
+      account_.insert(MarkLine({TLLogTaskEvent, e.subject, before, now_}));
+      BecomeReady(e.subject, before, true);
+    }
   }
 
   void OthersBecomeReady(const Entries& here, TaskIndex before, TaskIndex behind) {

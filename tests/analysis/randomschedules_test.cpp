@@ -3,6 +3,9 @@
 
 #include <random>
 
+#include "analysis/follower.h"
+#include "analysis/statistics.h"
+#include "analysis/walker.h"
 #include "support/logs.h"
 #include "tests/analysis/plainwalk.h"
 
@@ -101,6 +104,49 @@ TEST(RandomSchedules, MeanTheSameInSegments) {
     const Account segments = WalkedAccount(joined, {Meanings::OfSimulator(), FindIdleTask(joined)});
     const Account account = WalkedAccount(one, {Meanings::OfSimulator(), FindIdleTask(one)});
     EXPECT_EQ(segments, account) << "seed " << seed << '\n' << Differences(segments, account);
+  }
+}
+
+bool EndsWithASwitch(const std::vector<RingRecord>& records, std::size_t count) {
+  const RingRecord& last = records[count - 1];
+  const bool isWholeTick = count == records.size() || records[count].tick > last.tick;
+  return isWholeTick && last.type != 2 && last.type < 6;
+}
+
+// Reads end where a switch tells who ran. The last one is repeated, for nothing comes behind its last tick.
+TEST(RandomSchedules, AddUpFromReadToRead) {
+  for (unsigned seed = 1; seed <= 300 && !HasFailure(); ++seed) {
+    SCOPED_TRACE(seed);
+    RandomSchedule random(seed);
+    std::vector<RingRecord> records = random.Records(80, false);
+    while (!EndsWithASwitch(records, records.size())) records.pop_back();
+    ScriptedTarget target;
+    PutCategories(target);
+    Follower follower(Meanings::OfSimulator(), "");
+    for (std::size_t end = 1; end <= records.size() + 1; ++end) {
+      const std::size_t count = std::min(end, records.size());
+      if (!EndsWithASwitch(records, count) || (end < records.size() && random.Below(4) > 0)) continue;
+      tasklog::Log read;
+      ASSERT_EQ(
+          AppendRing(read.Handle(), target, RingWords(1000, {records.begin(), records.begin() + count})), 0u);
+      follower.Take(std::move(read));
+    }
+    tasklog::Log log;
+    ASSERT_EQ(AppendRing(log.Handle(), target, RingWords(1000, records)), 0u);
+    const Lane lane({&log});
+    const Conventions conventions{Meanings::OfSimulator(), FindIdleTask(lane)};
+    Statistics whole(lane, conventions.idle);
+    Walk(lane, conventions, {&whole});
+    EXPECT_EQ(follower.Total().knownTicks, whole.KnownTicks());
+    EXPECT_EQ(follower.Total().Busy(), whole.Busy());
+    for (TaskIndex task = 0; task < lane.Tasks().size(); ++task) {
+      SCOPED_TRACE(lane.Tasks()[task].name);
+      const TaskTally& sums = follower.All().at(lane.Tasks()[task]).all;
+      const TaskStatistics& exact = whole.Tasks()[task];
+      EXPECT_EQ(sums.loadTicks, exact.loadTicks);
+      EXPECT_EQ(sums.jobs, exact.jobs);
+      EXPECT_EQ(sums.worstResponse, exact.Of(Quantity::response).Max());
+    }
   }
 }
 

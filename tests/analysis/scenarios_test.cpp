@@ -66,8 +66,7 @@ std::vector<std::string> TruthOf(const std::filesystem::path& scenario) {
 std::vector<std::string> Analyse(const tasklog::Log& log, const std::vector<std::string>& truth) {
   const Lane lane({&log});
   const Conventions conventions{Meanings::OfSimulator(), FindIdleTask(lane)};
-  Statistics statistics(lane, conventions.idle);
-  Walk(lane, conventions, {&statistics});
+  const Statistics statistics = Statistics::Of(lane, conventions);
   std::vector<std::string> lines{"lane " + std::to_string(lane.Length()) + " unknown " +
                                  std::to_string(statistics.UnknownTicks())};
   for (const char* name : {"H", "M", "A", "B", "W", "P", "L", "Q", "R", "Idle"})

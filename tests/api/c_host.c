@@ -105,7 +105,7 @@ static void CheckFilling(TLTaskLog log) {
   CHECK(TLStartLog("ctl/@2", "") == TLErrLoggerNotStarted);
   CHECK(TLStartLog("ctl/@3", "Ctrl") == 0x50201);
   CHECK(TLStartLog(NULL, NULL) == TLStartLog("", NULL) && TLStartLog("", NULL) == 0x50401);
-  CHECK(TLTaskLogAppendFromTarget(log, NULL, 0, NULL, NULL) == 0x50201);  /* the target's, not ours */
+  CHECK(TLTaskLogAppendFromTarget(log, NULL, 0, NULL, NULL) == 0x50201); /* the target's, not ours */
   CHECK(TLTaskLogAppendFromTarget(log, "ctl", 1, OnProgress, &progress) == TLErrCanceled);
   CHECK(progress.calls == 2);
   CHECK(TLTaskLogAppendFromTarget(log, "ctl", 9, NULL, NULL) == 0x50201);

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 
+#include <random>
 #include <thread>
 
 #include "cli/program.h"
@@ -61,6 +62,24 @@ TEST(Interrupt, GivesUpTheFirstReadWhenAskedTwice) {
             "tasklog: reading the scheduler's logger of 'm.toml': interrupted before the first read was "
             "complete, nothing is saved\n");
   EXPECT_EQ(folder.Names(), Names{"m.toml"});
+}
+
+// What is there was complete before; only the segment being written is lost.
+TEST(Interrupt, ByKillLeavesSegmentsThatCanBeRead) {
+  std::minstd_rand random(std::random_device{}());
+  for (int kill = 0; kill < 12; ++kill) {
+    const TempFolder folder;
+    folder.Write("m.toml", SteppedScenario("20ms", 64) + SteppedKernel(1));
+    Program program(folder, {"tasklog", "record", "m.toml", "--start", "--logger", "all", "--split", "2ms",
+                             "--every", "1ms", "--keep", "30ms", "--for", "1h", "-o", "d"});
+    ASSERT_TRUE(AppearsIn(folder, "d/scheduler.0"));
+    std::this_thread::sleep_for(std::chrono::microseconds(random() % 150'000));
+    program.Send(SIGKILL);
+    program.Wait();
+    const Result result = Program(folder, {"sh", "-c", "tasklog info d && tasklog info d/*.tasklog"}).Wait();
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.err, "");
+  }
 }
 
 }  // namespace

@@ -27,7 +27,9 @@ void Redirect(int fd, const std::string& path) {
   ::close(file);
 }
 
-[[noreturn]] void Execute(const TempFolder& folder, std::vector<std::string> words) {
+}  // namespace
+
+void ExecuteProgram(const TempFolder& folder, std::vector<std::string> words) {
   std::vector<char*> pointers;
   for (std::string& word : words) pointers.push_back(word.data());
   pointers.push_back(nullptr);
@@ -43,8 +45,6 @@ void Redirect(int fd, const std::string& path) {
   if (::chdir(folder.Path().c_str()) == 0) ::execvp(pointers[0], pointers.data());
   ::_exit(127);
 }
-
-}  // namespace
 
 TempFolder::TempFolder() {
   std::string pattern = (std::filesystem::temp_directory_path() / "tasklog-test-XXXXXX").string();
@@ -78,7 +78,7 @@ Program::Program(const TempFolder& folder, const std::vector<std::string>& words
   if (pid_ != 0) return;
   Redirect(STDOUT_FILENO, out_.Path());
   Redirect(STDERR_FILENO, err_.Path());
-  Execute(folder, words);
+  ExecuteProgram(folder, words);
 }
 
 Program::~Program() {

@@ -34,6 +34,9 @@ struct Result {
   std::string err;
 };
 
+// Turns this process, a child of the test, into a program that runs in the folder.
+[[noreturn]] void ExecuteProgram(const TempFolder& folder, std::vector<std::string> words);
+
 // A program, running in a folder. `words` begins with its name; the command is called "tasklog".
 class Program {
  public:

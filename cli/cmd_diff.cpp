@@ -1,0 +1,148 @@
+// tasklog diff: what moved between two recordings, and what is only noise.
+#include <unistd.h>
+
+#include <algorithm>
+
+#include "analysis/walker.h"
+#include "commandline.h"
+#include "diffformat.h"
+#include "gate.h"
+#include "stdoutwriter.h"
+#include "terminal.h"
+#include "text.h"
+
+namespace cli {
+namespace {
+
+using analysis::Statistics;
+
+struct Options {
+  AnalysisOptions common;  // its logs: A and B, with --base those of B
+  std::vector<std::string> base;
+  std::optional<std::string> failOver;
+  std::string format = "text";
+};
+
+// The logs of one side.
+struct Side {
+  std::vector<AnalysedLane> lanes;
+  std::vector<std::size_t> lanesOfArgument;
+};
+
+Side LoadSide(LaneLoader& loader, const std::vector<std::string>& arguments) {
+  Side side;
+  for (const std::string& argument : arguments) {
+    const std::vector<Lane> lanes = FindLanes({argument});
+    side.lanesOfArgument.push_back(lanes.size());
+    for (const Lane& lane : lanes) side.lanes.push_back(loader.Load(lane));
+  }
+  return side;
+}
+
+// Logs of one lane each belong together, whatever their names.
+bool HasOneLaneEach(const Side& side) {
+  return std::all_of(side.lanesOfArgument.begin(), side.lanesOfArgument.end(),
+                     [](std::size_t count) { return count == 1; });
+}
+
+void RequireOneRate(const std::vector<AnalysedLane>& lanes, std::uint64_t rate) {
+  for (const AnalysedLane& lane : lanes) {
+    if (lane.lane.TicksPerSecond() != rate)
+      throw Failure("diff: " + Quoted(lane.source.shownAs) +
+                    " has another tick rate than the first log, so their ticks cannot be compared");
+  }
+}
+
+std::vector<Statistics> WalkAll(const std::vector<AnalysedLane>& lanes) {
+  std::vector<Statistics> statistics;
+  for (const AnalysedLane& lane : lanes) {
+    statistics.emplace_back(lane.lane, lane.conventions.idle);
+    analysis::Walk(lane.lane, lane.conventions, {&statistics.back()});
+  }
+  return statistics;
+}
+
+std::vector<analysis::LaneResult> ResultsOf(const std::vector<AnalysedLane>& lanes,
+                                            const std::vector<Statistics>& statistics, bool named) {
+  std::vector<analysis::LaneResult> results;
+  for (std::size_t i = 0; i < lanes.size(); ++i)
+    results.push_back({named ? lanes[i].source.name : "", &lanes[i].lane, &statistics[i]});
+  return results;
+}
+
+Difference CompareLogs(const Options& options, const std::vector<std::string>& before,
+                       const std::vector<std::string>& after) {
+  LaneLoader loader("diff", options.common);
+  Side a = LoadSide(loader, before);
+  Side b = LoadSide(loader, after);
+  loader.Finish();
+  const std::uint64_t rate = a.lanes.front().lane.TicksPerSecond();
+  RequireOneRate(a.lanes, rate);
+  RequireOneRate(b.lanes, rate);
+  const bool named = !HasOneLaneEach(a) || !HasOneLaneEach(b);
+  const std::vector<Statistics> ofA = WalkAll(a.lanes);
+  const std::vector<Statistics> ofB = WalkAll(b.lanes);
+  analysis::Comparison comparison =
+      analysis::Compare(ResultsOf(a.lanes, ofA, named), ResultsOf(b.lanes, ofB, named));
+  return {std::move(a.lanes), std::move(b.lanes), std::move(comparison), named};
+}
+
+int Judge(const std::optional<double>& failOver, const Difference& difference) {
+  if (!failOver) return exitKept;
+  const std::vector<std::string> worse = WorseBy(*failOver, difference);
+  if (worse.empty()) return exitKept;
+  const std::string more = worse.size() > 1 ? fmt::format(" ({} more)", worse.size() - 1) : "";
+  PrintError(fmt::format("diff: worse by more than {:g} %: {}{}", *failOver * 100, worse.front(), more));
+  return exitBroken;
+}
+
+int Diff(const Options& options) {
+  RequireOneOf("--format", options.format, {"text", "csv", "json"});
+  std::optional<double> failOver;
+  if (options.failOver && !(failOver = ParsePercent(*options.failOver)))
+    throw UsageError("--fail-over: " + Quoted(*options.failOver) + " is not a percentage such as 10%");
+  std::vector<std::string> before = options.base;
+  std::vector<std::string> after = options.common.logs;
+  if (before.empty()) {
+    if (after.size() != 2)
+      throw UsageError("diff: give two logs, or --base LOG and the logs to compare with it");
+    before.push_back(after.front());
+    after.erase(after.begin());
+  }
+  const Difference difference = CompareLogs(options, before, after);
+  StdoutWriter out;
+  if (options.format == "csv") {
+    AppendDiffCsv(out.Block(), difference);
+  } else if (options.format == "json") {
+    AppendDiffJson(out.Block(), difference);
+  } else {
+    AppendDiffText(out.Block(), difference, WantsColors(STDOUT_FILENO));
+  }
+  out.Finish();
+  return Judge(failOver, difference);
+}
+
+std::function<int()> Declare(CLI::App& app) {
+  const auto options = std::make_shared<Options>();
+  DeclareAnalysisOptions(app, options->common);
+  app.add_option("--base", options->base, "A log from before; may be repeated. Then all LOGs are from\nafter")
+      ->type_name("LOG")
+      ->allow_extra_args(false);
+  app.add_option("--fail-over", options->failOver,
+                 "Exit with 1 when a time of a task, noise aside, got\nworse by more than this")
+      ->type_name("PERCENT");
+  app.add_option("--format", options->format, "text (default), csv or json")->type_name("FORMAT");
+  return [options] { return RunGate([&] { return Diff(*options); }); };
+}
+
+}  // namespace
+
+const Command diffCommand{
+    "diff", "Compare two recordings, or two sets of them",
+    "Exit code: 0, with --fail-over 1 when something got worse, 2 when it could not be told.\n\n"
+    "Examples:\n"
+    "  tasklog diff before.tasklog after.tasklog\n"
+    "  tasklog diff --base monday-logs --base tuesday-logs today-logs --fail-over 10%",
+    Declare};
+
+}  // namespace cli

@@ -1,0 +1,136 @@
+// tasklog latency: how long it takes from one thing to another.
+#include <algorithm>
+
+#include "analysedlane.h"
+#include "analysis/latency.h"
+#include "analysis/walker.h"
+#include "commandline.h"
+#include "failure.h"
+#include "latencyformat.h"
+#include "stdoutwriter.h"
+#include "suggest.h"
+#include "text.h"
+
+namespace cli {
+namespace {
+
+using analysis::Selector;
+
+struct Options {
+  AnalysisOptions common;
+  std::string begin;
+  std::string end;
+  std::string worst = "10";
+  std::string format = "text";
+};
+
+// One side of a latency, and whether some lane has it.
+class Side {
+ public:
+  Side(const char* option, const std::string& text) {
+    std::string mistake;
+    const auto selector = Selector::Parse(text, mistake);
+    if (!selector) throw UsageError(std::string(option) + ": " + SafeText(mistake));
+    selector_ = *selector;
+  }
+
+  const Selector& Which() const { return selector_; }
+
+  bool IsIn(const analysis::Lane& lane) {
+    const bool found = !selector_.In(lane.Names()).empty();
+    isKnown_ |= found;
+    if (!found) Remember(lane.Names());
+    return found;
+  }
+
+  // Throws Failure when no lane has it.
+  void Finish() const {
+    if (isKnown_) return;
+    throw Failure(Quoted(selector_.Text()) + " is in no log" + Suggestion(selector_.Text(), seen_));
+  }
+
+ private:
+  void Remember(const analysis::Subjects& names) {
+    Selector other = selector_;
+    const auto add = [&](const std::string& name) {
+      other.name = name;
+      seen_.push_back(other.Text());
+    };
+    const bool isMark =
+        selector_.kind == Selector::Kind::testpoint || selector_.kind == Selector::Kind::issue;
+    const ETLCatType kind = selector_.kind == Selector::Kind::issue ? TLCatTimingIssue : TLCatTestpoint;
+    for (const analysis::MarkSubject& mark : names.MarkSubjects())
+      if (isMark && mark.kind == kind) add(mark.name);
+    for (const analysis::Task& task : names.Tasks())
+      if (!isMark) add(task.name);
+  }
+
+  Selector selector_;
+  bool isKnown_ = false;
+  std::vector<std::string> seen_;
+};
+
+std::size_t CheckedWorst(const std::string& text) {
+  if (const auto count = ParseNumber(text))
+    return static_cast<std::size_t>(std::min<std::uint64_t>(*count, SIZE_MAX));
+  throw UsageError("--worst: " + Quoted(text) + " is not a number");
+}
+
+int ShowLatencies(const Options& options) {
+  RequireOneOf("--format", options.format, {"text", "json"});
+  LaneLoader loader("latencies", options.common);
+  Side begin("--begin", options.begin);
+  Side end("--end", options.end);
+  const std::size_t worst = CheckedWorst(options.worst);
+  StdoutWriter out;
+  const auto format = options.format == "json" ? MakeLatencyJson(out.Block(), begin.Which(), end.Which())
+                                               : MakeLatencyText(out.Block());
+  bool any = false;
+  const auto show = [&](const AnalysedLane& lane) {
+    const bool hasBegin = begin.IsIn(lane.lane);
+    if (!end.IsIn(lane.lane) || !hasBegin) return;
+    any = true;
+    analysis::Latencies latencies(lane.lane, begin.Which(), end.Which());
+    analysis::Walk(lane.lane, lane.conventions, {&latencies});
+    format->Add({lane, latencies, latencies.Worst(worst)});
+    out.EndOfLine();
+  };
+  const int exitCode = ForEachLane(
+      loader, FindLanes(options.common.logs), [&] { out.Finish(); }, show);
+  if (exitCode == exitSuccess) {
+    begin.Finish();
+    end.Finish();
+    loader.Finish();
+    if (!any)
+      throw Failure("no lane has both " + Quoted(begin.Which().Text()) + " and " +
+                    Quoted(end.Which().Text()));
+  }
+  format->End();
+  out.Finish();
+  return exitCode;
+}
+
+std::function<int()> Declare(CLI::App& app) {
+  const auto options = std::make_shared<Options>();
+  DeclareAnalysisOptions(app, options->common);
+  app.add_option("--begin", options->begin,
+                 "What a latency begins with: testpoint:NAME, issue:NAME,\nevent:TASK, activation:TASK, "
+                 "start:TASK or\ncompletion:TASK")
+      ->required()
+      ->type_name("SELECTOR");
+  app.add_option("--end", options->end, "What it ends with, likewise")->required()->type_name("SELECTOR");
+  app.add_option("--worst", options->worst, "How many of the longest to list (default: 10)")->type_name("N");
+  app.add_option("--format", options->format, "text (default) or json")->type_name("FORMAT");
+  return [options] { return ShowLatencies(*options); };
+}
+
+}  // namespace
+
+const Command latencyCommand{
+    "latency", "Show how long it takes from one thing to another",
+    "Examples:\n"
+    "  tasklog latency demo.tasklog --begin activation:Diagnosis --end completion:Diagnosis\n"
+    "  tasklog latency demo-logs --begin testpoint:SegmentBegin --end testpoint:LimitsChecked --worst 3",
+    Declare};
+
+}  // namespace cli

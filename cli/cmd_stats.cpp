@@ -1,0 +1,141 @@
+// tasklog stats: what each task took, needed and waited for.
+#include <unistd.h>
+
+#include <algorithm>
+
+#include "analysedlane.h"
+#include "analysis/pattern.h"
+#include "analysis/walker.h"
+#include "commandline.h"
+#include "failure.h"
+#include "statsformat.h"
+#include "stdoutwriter.h"
+#include "suggest.h"
+#include "terminal.h"
+#include "text.h"
+
+namespace cli {
+namespace {
+
+using analysis::Quantity;
+using analysis::Statistics;
+using analysis::TaskIndex;
+
+struct Options {
+  AnalysisOptions common;
+  std::vector<std::string> tasks;  // shell patterns
+  std::string sort = "priority";
+  std::string format = "text";
+};
+
+// Orders tasks by one key; where that is equal, the order of the log stays.
+void Sort(std::vector<TaskIndex>& tasks, const std::string& key, const analysis::Lane& lane,
+          const Statistics& statistics) {
+  if (key == "name") {
+    const auto name = [&](TaskIndex task) { return std::string_view(lane.Tasks()[task].name); };
+    std::stable_sort(tasks.begin(), tasks.end(), [&](TaskIndex a, TaskIndex b) { return name(a) < name(b); });
+    return;
+  }
+  const auto number = [&](TaskIndex task) -> std::uint64_t {
+    const analysis::TaskStatistics& of = statistics.Tasks()[task];
+    if (key == "load") return of.loadTicks;
+    if (key == "response") return of.Of(Quantity::response).Max();
+    return lane.Tasks()[task].priority;
+  };
+  std::stable_sort(tasks.begin(), tasks.end(),
+                   [&](TaskIndex a, TaskIndex b) { return number(a) > number(b); });
+}
+
+// Which tasks are to be shown, and which patterns have found none so far.
+class TaskFilter {
+ public:
+  explicit TaskFilter(const std::vector<std::string>& patterns)
+      : patterns_(patterns), found_(patterns.size()) {}
+
+  std::vector<TaskIndex> Of(const analysis::Lane& lane) {
+    std::vector<TaskIndex> tasks;
+    for (TaskIndex task = 0; task < lane.Tasks().size(); ++task) {
+      if (Matches(lane.Tasks()[task].name)) tasks.push_back(task);
+      if (!patterns_.empty()) seen_.push_back(lane.Tasks()[task].name);
+    }
+    return tasks;
+  }
+
+  // Throws Failure when a pattern has found no task in any lane.
+  void Finish() const {
+    for (std::size_t i = 0; i < patterns_.size() && !seen_.empty(); ++i) {
+      if (!found_[i])
+        throw Failure("--task: no task matches " + Quoted(patterns_[i]) + Suggestion(patterns_[i], seen_));
+    }
+  }
+
+ private:
+  bool Matches(const std::string& name) {
+    bool any = patterns_.empty();
+    for (std::size_t i = 0; i < patterns_.size(); ++i) {
+      if (!analysis::MatchesPattern(patterns_[i], name)) continue;
+      found_[i] = true;
+      any = true;
+    }
+    return any;
+  }
+
+  std::vector<std::string> patterns_;
+  std::vector<bool> found_;
+  std::vector<std::string> seen_;
+};
+
+std::unique_ptr<StatsFormat> MakeFormat(const std::string& format, fmt::memory_buffer& out) {
+  if (format == "csv") return MakeStatsCsv(out);
+  if (format == "json") return MakeStatsJson(out);
+  return MakeStatsText(out, WantsColors(STDOUT_FILENO));
+}
+
+int Stats(const Options& options) {
+  RequireOneOf("--sort", options.sort, {"priority", "load", "response", "name"});
+  RequireOneOf("--format", options.format, {"text", "csv", "json"});
+  LaneLoader loader("statistics", options.common);
+  TaskFilter filter(options.tasks);
+  StdoutWriter out;
+  const auto format = MakeFormat(options.format, out.Block());
+  const auto show = [&](const AnalysedLane& lane) {
+    Statistics statistics(lane.lane, lane.conventions.idle);
+    analysis::Walk(lane.lane, lane.conventions, {&statistics});
+    std::vector<TaskIndex> tasks = filter.Of(lane.lane);
+    Sort(tasks, options.sort, lane.lane, statistics);
+    format->Add({lane, statistics, std::move(tasks)});
+    out.EndOfLine();
+  };
+  const int exitCode = ForEachLane(
+      loader, FindLanes(options.common.logs), [&] { out.Finish(); }, show);
+  if (exitCode == exitSuccess) {
+    loader.Finish();
+    filter.Finish();
+  }
+  format->End();
+  out.Finish();
+  return exitCode;
+}
+
+std::function<int()> Declare(CLI::App& app) {
+  const auto options = std::make_shared<Options>();
+  DeclareAnalysisOptions(app, options->common);
+  app.add_option("--task", options->tasks,
+                 "Only tasks whose names match this shell pattern; may be\nrepeated")
+      ->type_name("PATTERN")
+      ->allow_extra_args(false);
+  app.add_option("--sort", options->sort, "priority (default), load, response or name")->type_name("KEY");
+  app.add_option("--format", options->format, "text (default), csv or json")->type_name("FORMAT");
+  return [options] { return Stats(*options); };
+}
+
+}  // namespace
+
+const Command statsCommand{"stats", "Show load, execution, response and jitter of each task",
+                           "Examples:\n"
+                           "  tasklog stats demo.tasklog\n"
+                           "  tasklog stats demo-logs --task '*Loop' --from 1.5s --sort response\n"
+                           "  tasklog stats demo.tasklog --format json > demo.json",
+                           Declare};
+
+}  // namespace cli
