@@ -62,6 +62,25 @@ class Jobs {
     End(state, time);
   }
 
+  // `task` had the processor within the tick at `time` and completed its job there. Without a job it began
+  // one in the same tick, or goes on with one that began before all that is known.
+  void Complete(TaskIndex task, Ticks time) {
+    if (!HasJobs(task)) return;
+    State& state = Of(task);
+    if (state.does == JobState::ended) {
+      Begin(state, time);
+      state.job.cutBegin = state.wasFirst;
+      if (!state.job.cutBegin) sink_.OnActivation(state.job);
+    }
+    if (!state.job.hasRun) {
+      state.job.hasRun = true;
+      state.job.start = time;
+      if (!state.job.cutBegin) sink_.OnStart(state.job);
+    }
+    Change(state, JobState::ended, time);
+    End(state, time);
+  }
+
   // Cuts all jobs under way; from here on nothing is known of any.
   void Cut(Ticks time) {
     std::sort(touched_.begin(), touched_.end());

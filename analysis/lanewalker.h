@@ -48,7 +48,8 @@ class LaneWalker {
   struct Named {
     TaskIndex task;
     unsigned switches;
-    bool isEvent;  // named by an event, or by two switches: then a file made one of them of an event
+    bool isEvent;    // named by an event, or by two switches: then a file made one of them of an event
+    bool completed;  // a job, within the tick
   };
 
   // The first switch tells who ran before it. Where its tick has several, that is the one to which none of
@@ -129,6 +130,7 @@ class LaneWalker {
     TellMarks(true, before);
     if (isNewRun) EndRun(tick_.time, false);
     if (leaves) jobs_.Leave(before, meaning, tick_.time);
+    FindCompleted(before, behind);
     for (const Named& named : named_) TakeNamed(named, before, behind);
     if (isNewRun) BeginRun(behind);
     if (leaves) jobs_.Enter(behind, meaning, tick_.time);
@@ -142,7 +144,7 @@ class LaneWalker {
       const TaskIndex task = TaskOf(record.subject);
       if (task == noTask || !(isEvent || IsSwitch(record.type))) continue;
       if (places_[task] == 0) {
-        named_.push_back({task, 0, false});
+        named_.push_back({task, 0, false, false});
         places_[task] = static_cast<std::uint32_t>(named_.size());
       }
       Named& named = named_[places_[task] - 1];
@@ -181,10 +183,25 @@ class LaneWalker {
     return type;
   }
 
+  // A task that was switched to and left by `done` within the tick had little left to do.
+  void FindCompleted(TaskIndex before, TaskIndex behind) {
+    for (const Record& record : tick_) {
+      if (!IsSwitch(record.type)) continue;
+      const TaskIndex task = TaskOf(reader_.RunningAt(record));
+      if (task == noTask || task == before || places_[task] == 0) continue;
+      const Meaning meaning = meanings_[static_cast<std::size_t>(record.type)];
+      const bool isOutranked = behind != noTask && priorities_[behind] > priorities_[task];
+      if (meaning == Meaning::done || (meaning == Meaning::plain && !isOutranked))
+        named_[places_[task] - 1].completed = true;
+    }
+  }
+
   void TakeNamed(const Named& named, TaskIndex before, TaskIndex behind) {
     places_[named.task] = 0;
     if (named.isEvent) TellEvent(named.task, before);
-    if (named.isEvent || named.task != behind) jobs_.Event(named.task, tick_.time, before);
+    const bool becameReady = named.task != behind && !named.completed;
+    if (named.isEvent || becameReady) jobs_.Event(named.task, tick_.time, before);
+    if (named.completed) jobs_.Complete(named.task, tick_.time);
   }
 
   // ---- What a switch does ----

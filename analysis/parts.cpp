@@ -17,6 +17,7 @@ Parts::Parts(const Lane& lane, TaskIndex idle, unsigned moreInterests)
       states_(lane.Tasks().size()) {}
 
 void Parts::OnRun(const Run& run) {
+  running_ = noTask;
   if (run.task == noTask || run.task == idle_) return;
   std::vector<RunSum>& runs = states_[run.task].runs;
   runs.push_back({run.end, (runs.empty() ? 0 : runs.back().total) + run.Length()});
@@ -29,6 +30,9 @@ void Parts::OnState(TaskIndex task, JobState state, Ticks time) {
   if (waiter.does == JobState::ready) Attribute(waiter, time);
   waiter.does = state;
   waiter.since = time;
+  if (state != JobState::running || running_ == task) return;
+  running_ = task;
+  runBegin_ = time;
 }
 
 // Those who ran since a time are the first in the list of the last runs.
@@ -39,6 +43,8 @@ void Parts::Attribute(TaskState& waiter, Ticks until) {
     if (runs.back().end <= waiter.since) break;
     waiter.shares.push_back({task, runs.back().total - TotalAt(runs, waiter.since)});
   }
+  if (running_ != noTask && until > runBegin_)
+    waiter.shares.push_back({running_, until - std::max(runBegin_, waiter.since)});
   if (waiter.shares.size() <= waiter.fewShares) return;
   Unite(waiter.shares);
   waiter.fewShares = std::max<std::size_t>(64, 2 * waiter.shares.size());

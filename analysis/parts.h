@@ -61,6 +61,8 @@ class Parts : public Visitor {
   TaskIndex idle_;
   std::vector<TaskState> states_;
   TaskIndex newest_ = noTask;
+  TaskIndex running_ = noTask;  // its run was not told yet
+  Ticks runBegin_ = 0;
   std::vector<Part> parts_;
 };
 

@@ -55,6 +55,7 @@ class TickReader {
     } while (hasNext_ && cursor_.Time() == tick.time);
     return true;
   }
+  SubjectIndex RunningAt(const Record& record) const { return cursor_.SlotOf(record.entry, 1); }
   // Whether slot 1 says so; an empty one, as before the first switch of a segment, says nothing else.
   bool MayHaveRun(TaskIndex task, const Record& record) const {
     const SubjectIndex running = cursor_.SlotOf(record.entry, 1);

@@ -189,8 +189,29 @@ class PlainWalk {
       const bool isEvent = std::any_of(here.begin(), here.end(), isEventFor) ||
                            std::count_if(here.begin(), here.end(), isSwitchTo) > 1;
       if (isEvent) account_.insert(MarkLine({TLLogTaskEvent, task, before, now_}));
-      if (isEvent || task != behind) BecomeReady(task, before, true);
+      const bool completed = task != before && IsWorker(task) && Completed(here, task, behind);
+      if (isEvent || (task != behind && !completed)) BecomeReady(task, before, true);
+      if (completed) CompleteAtOnce(tasks_[task], task);
     }
+  }
+
+  bool Completed(const Entries& here, TaskIndex task, TaskIndex behind) const {
+    return std::any_of(here.begin(), here.end(), [&](const PlainEntry& e) {
+      if (!e.IsSwitch() || e.running != task) return false;
+      const Meaning meaning = conventions_.meanings.Of(e.type);
+      const bool isOutranked = behind != noTask && Priority(behind) > Priority(task);
+      return meaning == Meaning::done || (meaning == Meaning::plain && !isOutranked);
+    });
+  }
+
+  void CompleteAtOnce(PlainTask& task, TaskIndex index) {
+    if (task.does == '-') {
+      Begin(task, index);
+      task.job.cutBegin = !task.seen;
+    }
+    if (!task.job.hasRun) task.job.start = now_;
+    task.job.hasRun = true;
+    EndJob(task);
   }
 
   void BecomeReady(TaskIndex index, TaskIndex by, bool begins) {
