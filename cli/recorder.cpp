@@ -132,34 +132,39 @@ std::string Recorder::Save(const std::deque<tasklog::Log>& logs) {
 }
 
 std::string Recorder::SaveSegment(const std::deque<tasklog::Log>& logs) {
-  LetOldSegmentsGo();
-  std::string report = Save(logs);
+  std::string report = SaveLast(logs);
   segmentEnds_.push_back(Clock::now());
   ++segment_;
   OpenOutput();
   return report;
 }
 
+// Old segments go when the new ones are there, so a recording that is killed in between has too many rather
+// than too few.
 std::string Recorder::SaveLast(const std::deque<tasklog::Log>& logs) {
-  LetOldSegmentsGo();
-  return Save(logs);
+  const std::vector<std::string> old = TakeOldSegments();
+  std::string report = Save(logs);
+  for (const std::string& path : old) {
+    if (::unlink(path.c_str()) == 0 || errno == ENOENT) continue;
+    PrintWarning(Failure::System("removing " + Quoted(path), errno).what());
+  }
+  return report;
 }
 
-// Before the next ones are saved, with metadata that does not name these any more.
-void Recorder::LetOldSegmentsGo() {
-  if (request_.keep.count() == 0) return;
+// Takes them out of the metadata.
+std::vector<std::string> Recorder::TakeOldSegments() {
+  std::vector<std::string> old;
+  if (request_.keep.count() == 0) return old;
   for (; !segmentEnds_.empty() && segmentEnds_.front() < Clock::now() - request_.keep;
        segmentEnds_.pop_front()) {
     for (RecordedLogger& logger : metadata_.loggers) {
-      const std::string path = (fs::path(request_.path) / logger.files.front().name).string();
-      if (::unlink(path.c_str()) != 0 && errno != ENOENT) {
-        PrintWarning(Failure::System("removing " + Quoted(path), errno).what());
-      }
+      old.push_back((fs::path(request_.path) / logger.files.front().name).string());
       logger.files.erase(logger.files.begin());
       const std::uint64_t start = logger.files.empty() ? 0 : logger.files.front().period.start;
       std::erase_if(logger.gaps, [start](const Gap& gap) { return gap.to <= start; });
     }
   }
+  return old;
 }
 
 }  // namespace cli

@@ -35,7 +35,7 @@ class Recorder {
   std::vector<std::string> FileNames() const;
   void OpenOutput();
   std::string Save(const std::deque<tasklog::Log>& logs);
-  void LetOldSegmentsGo();
+  std::vector<std::string> TakeOldSegments();
 
   const RecordRequest& request_;
   const std::vector<Logger>& loggers_;
