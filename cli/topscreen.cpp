@@ -18,6 +18,8 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr short alertPair = 1;
+// A terminal that changes its size just before a wait begins does not end it, so waits are short.
+constexpr std::chrono::milliseconds glance{100};
 constexpr int escapeDelayMilliseconds = 25;  // what a lone Escape waits for the rest of a key
 constexpr const char* help = "q quit   p pause   s, S next, previous column   r reverse   arrows scroll";
 
@@ -97,7 +99,7 @@ bool TopScreen::WaitUntil(Clock::time_point time) {
   for (;;) {
     if (StopRequests() > 0 || !TakeKeys()) return false;
     if (Clock::now() >= time) return true;
-    if (!WaitForInput(STDIN_FILENO, time)) return false;
+    if (!WaitForInput(STDIN_FILENO, std::min(time, Clock::now() + glance))) return false;
   }
 }
 

@@ -14,12 +14,16 @@ class IdIndex {
  public:
   bool IsBuilt() const { return !places_.empty(); }
   void Build(const std::vector<_STLCategory*>& categories);  // throws bad_alloc
-  // Null when there is none. Mostly the first place for an id has it.
+  // Null when there is none. Mostly one of the first places for an id has it.
   _STLCategory* Find(ETLCatType kind, u32 id) {
     const u64 key = KeyOf(kind, id);
-    const Place& place = places_[PlaceOf(key)];
-    if (place.key == key && place.category && !HasLeft(kind, *place.category, id)) [[likely]]
-      return place.category;
+    std::size_t at = PlaceOf(key);
+    for (std::size_t i = 0; i < thresholds::probes && places_[at].key != freeKey; ++i) {
+      const Place& place = places_[at];
+      if (place.key == key && place.category && !HasLeft(kind, *place.category, id)) [[likely]]
+        return place.category;
+      at = (at + 1) & (places_.size() - 1);
+    }
     return Search(kind, id);
   }
   // Adds a category under an id, unless there is one.
