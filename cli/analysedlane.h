@@ -45,7 +45,6 @@ struct AnalysedLane {
   std::string LengthText(std::uint64_t ticks) const;
   std::string TimeText(std::uint64_t ticks) const;  // from the start of the log
   const char* Unit() const { return time.HasSeconds() ? "s" : "ticks"; }
-  const char* UnitHeading() const { return time.HasSeconds() ? "seconds" : "ticks"; }
 };
 
 // Loads lanes one after the other, so that one log at a time is in memory.

@@ -51,7 +51,7 @@ void PrintMissing(fmt::memory_buffer& out, const Difference& difference, const c
 // What is no noise with each of its numbers, then noise with its median.
 void PrintChanges(fmt::memory_buffer& out, const Difference& difference, bool colors) {
   const AnalysedLane& any = difference.before.front();
-  TextTable table({any.UnitHeading(), "", "", "before", "after", "change"}, 3);
+  TextTable table({fmt::format("times in {}", any.Unit()), "", "", "before", "after", "change"}, 3);
   for (const Change& change : difference.comparison.changes) {
     std::string name = FullName(difference, change.lane, change.task);
     std::string quantity(NameOf(change.quantity));

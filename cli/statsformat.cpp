@@ -95,7 +95,8 @@ void StatsText::PrintLoads(const LaneStatistics& lane) {
 void StatsText::PrintResponses(const LaneStatistics& lane, std::size_t worst) {
   const AnalysedLane& source = lane.source;
   TextTable table({"", "execution", "", "response", "", "", ""});
-  table.Add({source.UnitHeading(), "median", "longest", "median", "99 %", "longest", "worst job at"});
+  table.Add({fmt::format("times in {}", source.Unit()), "median", "longest", "median", "99 %", "longest",
+             "worst job at"});
   for (std::size_t i = 0; i < lane.tasks.size(); ++i) {
     if (lane.tasks[i] == source.conventions.idle) continue;
     const analysis::TaskStatistics& statistics = lane.statistics.Tasks()[lane.tasks[i]];
@@ -120,8 +121,8 @@ void StatsText::PrintResponses(const LaneStatistics& lane, std::size_t worst) {
 void StatsText::PrintActivations(const LaneStatistics& lane) {
   const AnalysedLane& source = lane.source;
   TextTable table({"", "start latency", "", "interval", "", "", "", ""});
-  table.Add(
-      {source.UnitHeading(), "median", "longest", "median", "shortest", "longest", "jitter", "std. dev."});
+  table.Add({fmt::format("times in {}", source.Unit()), "median", "longest", "median", "shortest", "longest",
+             "jitter", "std. dev."});
   for (const TaskIndex task : lane.tasks) {
     if (task == source.conventions.idle) continue;
     const Summary start = lane.statistics.Tasks()[task].Of(Quantity::startLatency).Summarize();
