@@ -37,7 +37,7 @@ void RecordSorter::BeginRun() {
 bool RecordSorter::GatherNext() {
   u64 begin = 0;
   if (!DropFinishedRuns(begin)) return false;
-  while (!Gather(begin, width_) && width_ > 1) width_ = std::max<u64>(width_ / 4, 1);
+  while (!Gather(begin, width_) && width_ > 1) width_ = std::max<u64>(std::min(width_ / 4, dense_), 1);
   SortGathered(begin, width_);
   for (Run& run : runs_) run.begin = run.gathered;
   if (itemCount_ < Capacity() / 4 && width_ < widest) width_ *= 2;
@@ -61,6 +61,7 @@ bool RecordSorter::Gather(u64 begin, u64 width) {
     run.gathered = run.begin;
     for (; run.gathered < run.end && records_[run.gathered].timestamp - begin < width; ++run.gathered) {
       if (itemCount_ == Capacity()) {
+        if (fits) NoteDensity(run, begin);
         fits = false;
         break;
       }
@@ -69,6 +70,12 @@ bool RecordSorter::Gather(u64 begin, u64 width) {
     }
   }
   return fits;
+}
+
+// One run that all but fills what can be gathered tells how far a stretch may reach.
+void RecordSorter::NoteDensity(const Run& run, u64 begin) {
+  const bool fills = run.gathered - run.begin > Capacity() / 2;
+  dense_ = fills ? records_[run.gathered].timestamp - begin : UINT64_MAX;
 }
 
 // A radix sort, which keeps the order of the file among equal times; for few records its tables cost more

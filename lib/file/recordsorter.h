@@ -59,6 +59,7 @@ class RecordSorter {
   bool GatherNext();
   bool DropFinishedRuns(u64& earliest);
   bool Gather(u64 begin, u64 width);
+  void NoteDensity(const Run& run, u64 begin);
   void SortGathered(u64 begin, u64 width);
 
   GrowingArray<Record> records_;
@@ -68,5 +69,6 @@ class RecordSorter {
 
   std::vector<Item> items_;  // two halves: gathered records and, while they are sorted, their next order
   std::size_t itemCount_ = 0;
+  u64 dense_ = 0;             // ticks to where one run alone has more records than can be gathered
   u64 width_ = u64{1} << 20;  // ticks gathered at once
 };
