@@ -58,18 +58,21 @@ bool RecordSorter::Gather(u64 begin, u64 width) {
   bool fits = true;
   itemCount_ = 0;
   for (Run& run : runs_) {
-    run.gathered = run.begin;
-    for (; run.gathered < run.end && records_[run.gathered].timestamp - begin < width; ++run.gathered) {
-      if (itemCount_ == Capacity()) {
-        if (fits) NoteDensity(run, begin);
-        fits = false;
-        break;
-      }
-      const Record& record = records_[run.gathered];
-      items_[itemCount_++] = {record.timestamp, &record, run.task};
-    }
+    if (GatherRun(run, begin, width)) continue;
+    if (fits) NoteDensity(run, begin);
+    fits = false;
   }
   return fits;
+}
+
+bool RecordSorter::GatherRun(Run& run, u64 begin, u64 width) {
+  for (run.gathered = run.begin; run.gathered < run.end; ++run.gathered) {
+    const Record& record = records_[run.gathered];
+    if (record.timestamp - begin >= width) break;
+    if (itemCount_ == Capacity()) return false;
+    items_[itemCount_++] = {record.timestamp, &record, run.task};
+  }
+  return true;
 }
 
 // One run that all but fills what can be gathered tells how far a stretch may reach.

@@ -59,6 +59,7 @@ class RecordSorter {
   bool GatherNext();
   bool DropFinishedRuns(u64& earliest);
   bool Gather(u64 begin, u64 width);
+  bool GatherRun(Run& run, u64 begin, u64 width);
   void NoteDensity(const Run& run, u64 begin);
   void SortGathered(u64 begin, u64 width);
 
