@@ -102,8 +102,9 @@ class ActionParser {
     const std::string name = ParseName(item, "name");
     auto& places = names_.testpoints;
     const auto count = static_cast<uint32_t>(places.size());
-    const auto [place, isNew] =
-        places.try_emplace(name, processor_.number, firstTestpointAddress + count * testpointDistance);
+    const NamesInUse::TestpointPlace next{processor_.number,
+                                          firstTestpointAddress + count * testpointDistance};
+    const auto [place, isNew] = places.try_emplace(name, next);
     if (place->second.processor != processor_.number)
       item.Fail("name", "a testpoint that no other kernel has");
     if (isNew && count == mostTestpoints) item.Fail("at most 4096 testpoints");
@@ -203,7 +204,7 @@ void ParseRelease(TomlTable& table, Task& task) {
 void ClaimName(TomlTable& table, const char* key, const ProcessorSpec& processor, const std::string& name,
                NamesInUse& names) {
   const auto index = static_cast<uint32_t>(processor.tasks.size());
-  if (!names.tasks.try_emplace(name, processor.number, index).second)
+  if (!names.tasks.try_emplace(name, NamesInUse::TaskPlace{processor.number, index}).second)
     table.Fail(key, "a name that no other task has");
 }
 
