@@ -128,7 +128,7 @@ class Jobs {
 
   void Begin(State& state, Ticks time) {
     const TaskIndex task = state.job.task;
-    state.job = Job();
+    state.job = fresh_;
     state.job.task = task;
     state.job.activation = time;
     state.wasFirst = std::exchange(state.isFirst, false);
@@ -218,6 +218,7 @@ class Jobs {
   std::vector<TaskIndex> unrun_;    // a heap, highest priority in front: tasks with a job that an event began
                                     // and that has not run, and tasks of which that was true
   std::uint32_t epoch_ = 1;
+  const Job fresh_ = {};  // copied in wide pieces, where making a new one sets field after field
 };
 
 }  // namespace analysis

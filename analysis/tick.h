@@ -28,7 +28,7 @@ class Tick {
   const Record* begin() const { return records_.data(); }
   const Record* end() const { return records_.data() + size_; }
 
-  void Clear() { size_ = switches = events = 0; }
+  void Clear() { size_ = 0; }
   void Add(const Record& record) {
     if (size_ == records_.size()) records_.resize(2 * size_);
     records_[size_++] = record;
@@ -49,10 +49,18 @@ class TickReader {
     if (!hasNext_) return false;
     tick.Clear();
     tick.time = cursor_.Time();
+    std::size_t switches = 0;  // counted aside: side by side in memory, each addition would wait for the last
+    std::size_t events = 0;
     do {
-      Take(tick);
+      const ETLLogType type = cursor_.Type();
+      switches += IsSwitch(type);
+      events += type == TLLogTaskEvent;
+      const bool withSubject = IsSwitch(type) || type == TLLogTaskEvent || withMarkSubjects_;
+      tick.Add({cursor_.Handle(), withSubject ? cursor_.Slot(0) : noSubject, type});
       hasNext_ = cursor_.Next();
     } while (hasNext_ && cursor_.Time() == tick.time);
+    tick.switches = switches;
+    tick.events = events;
     return true;
   }
   SubjectIndex RunningAt(const Record& record) const { return cursor_.SlotOf(record.entry, 1); }
@@ -63,16 +71,6 @@ class TickReader {
   }
 
  private:
-  void Take(Tick& tick) {
-    const ETLLogType type = cursor_.Type();
-    const bool isSwitch = IsSwitch(type);
-    const bool isEvent = type == TLLogTaskEvent;
-    tick.switches += isSwitch;
-    tick.events += isEvent;
-    const bool withSubject = isSwitch || isEvent || withMarkSubjects_;
-    tick.Add({cursor_.Handle(), withSubject ? cursor_.Slot(0) : noSubject, type});
-  }
-
   Cursor cursor_;
   bool withMarkSubjects_;
   bool hasNext_;

@@ -16,13 +16,25 @@ std::uint64_t RankOf(std::uint64_t count, std::uint64_t millionths) {
       1, count / whole * millionths + (count % whole * millionths + whole - 1) / whole);
 }
 
-// Exact, as 128 bits.
-struct Sum {
+// A whole number of 128 bits.
+struct Wide {
   std::uint64_t high = 0;
   std::uint64_t low = 0;
+
+  static Wide Product(std::uint64_t a, std::uint64_t b) {
+    constexpr std::uint64_t half = UINT32_MAX;
+    const std::uint64_t lowest = (a & half) * (b & half);
+    const std::uint64_t middle = (a >> 32) * (b & half) + (lowest >> 32);
+    const std::uint64_t other = (a & half) * (b >> 32) + (middle & half);
+    return {(a >> 32) * (b >> 32) + (middle >> 32) + (other >> 32), other << 32 | (lowest & half)};
+  }
   void Add(std::uint64_t value) {
     low += value;
     high += low < value;
+  }
+  void Subtract(const Wide& other) {
+    high -= other.high + (low < other.low);
+    low -= other.low;
   }
   double Value() const { return static_cast<double>(high) * 0x1p64 + static_cast<double>(low); }
 };
@@ -123,6 +135,46 @@ void Narrow(const Values& values, Wanted& wanted) {
 
 }  // namespace
 
+// Mean and standard deviation, and counts, in one pass. What is summed are the distances from the smallest
+// value: their squares fill at most 96 bits, and all is exact but for one division and one root.
+template <class Counter>
+void Values::Measure(Counter& counts, Summary& summary) const {
+  std::uint64_t sum = 0;
+  Wide squares;
+  ForEach([&, low = min_](std::uint64_t value) {
+    const std::uint64_t distance = value - low;
+    sum += distance;
+    squares.Add(distance * distance);
+    counts.Add(value);
+  });
+  const auto count = static_cast<double>(summary.count);
+  Wide total = Wide::Product(min_, summary.count);
+  total.Add(sum);
+  summary.mean = total.Value() / count;
+  Wide spread = Wide::Product(squares.low, summary.count);
+  spread.high += squares.high * summary.count;
+  spread.Subtract(Wide::Product(sum, sum));
+  summary.stddev = std::sqrt(spread.Value()) / count;
+}
+
+// The same for values of any size, in two passes.
+template <class Counter>
+void Values::MeasureWide(Counter& counts, Summary& summary) const {
+  Wide sum;
+  ForEach([&](std::uint64_t value) {
+    sum.Add(value);
+    counts.Add(value);
+  });
+  const auto count = static_cast<double>(summary.count);
+  summary.mean = sum.Value() / count;
+  double squares = 0;
+  ForEach([&squares, mean = summary.mean](std::uint64_t value) {
+    const double distance = static_cast<double>(value) - mean;
+    squares += distance * distance;
+  });
+  summary.stddev = std::sqrt(squares / count);
+}
+
 // Each is twice as long as the one before, up to a limit: little room is left unused.
 void Values::AddBlock(std::uint64_t value, std::uint64_t at) {
   if (blocks_.empty()) {
@@ -154,14 +206,11 @@ Summary Values::Summarize() const {
   summary.max = max_;
   summary.minAt = minAt_;
   summary.maxAt = maxAt_;
-  Sum sum;
   Counts counts(min_, max_, summary.count);
-  ForEach([&](std::uint64_t value) {
-    sum.Add(value);
-    counts.Add(value);
-  });
-  const auto count = static_cast<double>(summary.count);
-  summary.mean = sum.Value() / count;
+  if (max_ - min_ <= UINT32_MAX && summary.count <= UINT32_MAX)
+    Measure(counts, summary);
+  else
+    MeasureWide(counts, summary);
 
   std::vector<Wanted> wanted;
   for (const std::uint64_t millionths : {50'000'000, 95'000'000, 99'000'000, 99'900'000}) {
@@ -170,15 +219,13 @@ Summary Values::Summarize() const {
   }
   for (const Wanted& one : wanted)
     if (one.Gathers()) counts.Mark(one.stretch);
-  double squares = 0;
-  ForEach([&](std::uint64_t value) {
-    const double distance = static_cast<double>(value) - summary.mean;
-    squares += distance * distance;
-    if (!counts.HasMarks() || !counts.IsMarked(value)) return;
-    for (Wanted& one : wanted)
-      if (one.Gathers()) one.Take(value);
-  });
-  summary.stddev = std::sqrt(squares / count);
+  if (counts.HasMarks()) {
+    ForEach([&](std::uint64_t value) {
+      if (!counts.IsMarked(value)) return;
+      for (Wanted& one : wanted)
+        if (one.Gathers()) one.Take(value);
+    });
+  }
   std::uint64_t* const results[] = {&summary.p50, &summary.p95, &summary.p99, &summary.p999};
   for (std::size_t i = 0; i < wanted.size(); ++i) {
     if (wanted[i].Gathers()) wanted[i].Choose();

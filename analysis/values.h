@@ -49,9 +49,15 @@ class Values {
   template <class Use>
   void ForEach(Use use) const {
     std::size_t nextLarge = 0;
+    const bool allSmall = large_.empty();
     for (const Block& block : blocks_) {
-      const std::uint32_t* end = block.values.get() == begin_ ? next_ : block.values.get() + block.size;
-      for (const std::uint32_t* value = block.values.get(); value != end; ++value)
+      const std::uint32_t* const begin = block.values.get();
+      const std::uint32_t* const end = begin == begin_ ? next_ : begin + block.size;
+      if (allSmall) {  // the compiler knows then that values have 32 bits
+        for (const std::uint32_t* value = begin; value != end; ++value) use(std::uint64_t{*value});
+        continue;
+      }
+      for (const std::uint32_t* value = begin; value != end; ++value)
         use(*value == large ? large_[nextLarge++] : std::uint64_t{*value});
     }
   }
@@ -63,6 +69,10 @@ class Values {
     std::unique_ptr<std::uint32_t[]> values;
     std::size_t size;
   };
+  template <class Counter>
+  void Measure(Counter& counts, Summary& summary) const;
+  template <class Counter>
+  void MeasureWide(Counter& counts, Summary& summary) const;
   void AddBlock(std::uint64_t value, std::uint64_t at);
   void AddLarge(std::uint64_t value);
   void Widen(std::uint64_t value, std::uint64_t at);

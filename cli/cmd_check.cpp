@@ -4,7 +4,6 @@
 #include <algorithm>
 
 #include "analysis/pattern.h"
-#include "analysis/walker.h"
 #include "checkformat.h"
 #include "commandline.h"
 #include "gate.h"
@@ -118,9 +117,8 @@ int SuggestBudget(const Options& options) {
   for (const AnalysedLane& lane : lanes) {
     if (lane.lane.TicksPerSecond() != lanes.front().lane.TicksPerSecond())
       throw Failure("check: the logs have different tick rates (suggest budgets for each by itself)");
-    analysis::Statistics& of = statistics.emplace_back(lane.lane, lane.conventions.idle);
-    analysis::Walk(lane.lane, lane.conventions, {&of});
-    examples.push_back({&lane.lane, &of});
+    statistics.push_back(analysis::Statistics::Of(lane.lane, lane.conventions));
+    examples.push_back({&lane.lane, &statistics.back()});
   }
   StdoutWriter out;
   out.Print("# Budgets of `tasklog check`: {:g} % beyond what was seen in\n", margin * 100);

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 
-#include "analysis/walker.h"
 #include "commandline.h"
 #include "diffformat.h"
 #include "gate.h"
@@ -55,10 +54,8 @@ void RequireOneRate(const std::vector<AnalysedLane>& lanes, std::uint64_t rate) 
 
 std::vector<Statistics> WalkAll(const std::vector<AnalysedLane>& lanes) {
   std::vector<Statistics> statistics;
-  for (const AnalysedLane& lane : lanes) {
-    statistics.emplace_back(lane.lane, lane.conventions.idle);
-    analysis::Walk(lane.lane, lane.conventions, {&statistics.back()});
-  }
+  for (const AnalysedLane& lane : lanes)
+    statistics.push_back(Statistics::Of(lane.lane, lane.conventions));
   return statistics;
 }
 

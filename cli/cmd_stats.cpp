@@ -5,7 +5,6 @@
 
 #include "analysedlane.h"
 #include "analysis/pattern.h"
-#include "analysis/walker.h"
 #include "commandline.h"
 #include "failure.h"
 #include "statsformat.h"
@@ -99,8 +98,7 @@ int Stats(const Options& options) {
   StdoutWriter out;
   const auto format = MakeFormat(options.format, out.Block());
   const auto show = [&](const AnalysedLane& lane) {
-    Statistics statistics(lane.lane, lane.conventions.idle);
-    analysis::Walk(lane.lane, lane.conventions, {&statistics});
+    const Statistics statistics = Statistics::Of(lane.lane, lane.conventions);
     std::vector<TaskIndex> tasks = filter.Of(lane.lane);
     Sort(tasks, options.sort, lane.lane, statistics);
     format->Add({lane, statistics, std::move(tasks)});
