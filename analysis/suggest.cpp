@@ -48,14 +48,15 @@ void AddBudgets(std::vector<Budget>& budgets, const std::string& task, const See
   for (const Quantity quantity :
        {Quantity::execution, Quantity::response, Quantity::startLatency, Quantity::activationInterval}) {
     const auto& largest = seen.largest[static_cast<std::size_t>(quantity)];
-    if (!largest) continue;
+    if (!largest || *largest == 0) continue;  // of nothing no margin can be taken: one tick would break it
     budgets.push_back(QuantityBudget(task, quantity, Statistic::max));
     budgets.back().atMost = std::ceil(static_cast<double>(*largest) * (1 + margin));
   }
   if (!seen.shortestInterval) return;
+  const double shortest = std::floor(static_cast<double>(*seen.shortestInterval) * (1 - margin));
+  if (shortest <= 0) return;
   budgets.push_back(QuantityBudget(task, Quantity::activationInterval, Statistic::min));
-  const double shortest = static_cast<double>(*seen.shortestInterval) * (1 - margin);
-  budgets.back().atLeast = std::floor(std::max(0.0, shortest));
+  budgets.back().atLeast = shortest;
 }
 
 }  // namespace
