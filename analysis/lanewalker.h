@@ -58,12 +58,16 @@ class LaneWalker {
     const std::vector<SwitchSlots>& first = lookahead_.First();
     if (first.empty() || !lane_.KnowsWhoRan() || nextGapBegin_ < lookahead_.FirstTime()) return;
     running_ = TaskOf(first[0].running);
-    for (const SwitchSlots& one : first) {
-      const auto isTo = [&one](const SwitchSlots& other) { return other.subject == one.running; };
-      if (TaskOf(one.running) == noTask || std::any_of(first.begin(), first.end(), isTo)) continue;
-      running_ = one.running;
-      break;
-    }
+    const auto mark = [&](std::uint32_t place) {
+      for (const SwitchSlots& one : first)
+        if (TaskOf(one.subject) != noTask) places_[one.subject] = place;
+    };
+    mark(1);
+    const auto found = std::find_if(first.begin(), first.end(), [&](const SwitchSlots& one) {
+      return TaskOf(one.running) != noTask && places_[one.running] == 0;
+    });
+    if (found != first.end()) running_ = found->running;
+    mark(0);
     jobs_.Enter(running_, Meaning::waits, lane_.StartTime());
   }
 

@@ -206,6 +206,11 @@ Summary Values::Summarize() const {
   summary.max = max_;
   summary.minAt = minAt_;
   summary.maxAt = maxAt_;
+  if (min_ == max_) {
+    summary.mean = static_cast<double>(min_);
+    summary.p50 = summary.p95 = summary.p99 = summary.p999 = min_;
+    return summary;
+  }
   Counts counts(min_, max_, summary.count);
   if (max_ - min_ <= UINT32_MAX && summary.count <= UINT32_MAX)
     Measure(counts, summary);

@@ -54,8 +54,7 @@ void RequireOneRate(const std::vector<AnalysedLane>& lanes, std::uint64_t rate) 
 
 std::vector<Statistics> WalkAll(const std::vector<AnalysedLane>& lanes) {
   std::vector<Statistics> statistics;
-  for (const AnalysedLane& lane : lanes)
-    statistics.push_back(Statistics::Of(lane.lane, lane.conventions));
+  for (const AnalysedLane& lane : lanes) statistics.push_back(Statistics::Of(lane.lane, lane.conventions));
   return statistics;
 }
 

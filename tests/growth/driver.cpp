@@ -11,6 +11,7 @@
 #include <string>
 #include <type_traits>
 
+#include "analysis/statistics.h"
 #include "growth/machine.h"
 #include "growth/shapes.h"
 #include "growth/sizes.h"
@@ -79,6 +80,18 @@ void CountFiles(Setting setting, const char* path) {
   Count("load", setting, [&] { Check(TLTaskLogAppendFromFile(loaded.get(), path)); });
 }
 
+void CountStatistics(const std::string& label, Setting setting, const char* path) {
+  tasklog::Log log;
+  Check(log.AppendFromFile(path).Code());
+  Count(label + ": statistics", setting, [&] {
+    const analysis::Lane lane({&log});
+    const analysis::Conventions conventions{analysis::Meanings::OfSimulator(), analysis::FindIdleTask(lane)};
+    const analysis::Statistics statistics = analysis::Statistics::Of(lane, conventions);
+    for (const analysis::TaskStatistics& task : statistics.Tasks())
+      for (const analysis::Values& values : task.values) static_cast<void>(values.Summarize());
+  });
+}
+
 // What an odd machine may hold, and a file made of it.
 void CountRing(const RingShape& shape, Setting setting, const char* path) {
   std::vector<bench::Record> records;
@@ -93,6 +106,7 @@ void CountRing(const RingShape& shape, Setting setting, const char* path) {
   Count(label + ": save", setting, [&] { Check(TLTaskLogSaveAsFile(log.get(), path)); });
   const Log loaded = NewLog();
   Count(label + ": load", setting, [&] { Check(TLTaskLogAppendFromFile(loaded.get(), path)); });
+  CountStatistics(label, setting, path);
 }
 
 void CountFile(const FileShape& shape, Setting setting, const char* path) {
@@ -103,6 +117,7 @@ void CountFile(const FileShape& shape, Setting setting, const char* path) {
   const Log log = NewLog();
   Count(label + ": load", setting, [&] { Check(TLTaskLogAppendFromFile(log.get(), path)); });
   Count(label + ": load again", setting, [&] { Check(TLTaskLogAppendFromFile(log.get(), path)); });
+  CountStatistics(label, setting, path);
   Count(label + ": save", setting, [&] { Check(TLTaskLogSaveAsFile(log.get(), path)); });
 }
 
