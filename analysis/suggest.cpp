@@ -14,6 +14,7 @@ struct Seen {
   double load = 0;
   bool isIdle = false;
   std::array<std::optional<std::uint64_t>, quantityCount> largest;
+  std::array<std::uint64_t, quantityCount> tail = {};  // how far the largest lay beyond 95 % of the values
   std::optional<std::uint64_t> shortestInterval;
 };
 
@@ -22,7 +23,9 @@ void Take(Seen& seen, const Statistics& statistics, TaskIndex task) {
   seen.load = std::max(seen.load, statistics.LoadOf(task).value_or(0));
   for (std::size_t i = 0; i < quantityCount; ++i) {
     const Values& values = statistics.Tasks()[task].values[i];
-    if (values.Count() > 0) seen.largest[i] = std::max(seen.largest[i].value_or(0), values.Max());
+    if (values.Count() == 0) continue;
+    seen.largest[i] = std::max(seen.largest[i].value_or(0), values.Max());
+    seen.tail[i] = std::max(seen.tail[i], values.Max() - values.Percentile(95));
   }
   const Values& intervals = statistics.Tasks()[task].Of(Quantity::activationInterval);
   if (intervals.Count() > 0)
@@ -38,6 +41,12 @@ Budget QuantityBudget(const std::string& task, Quantity quantity, Statistic stat
   return budget;
 }
 
+// How long a job waits for others depends on who falls together with whom: the longer its tail, the further
+// the largest of the next log may lie beyond that of this one.
+bool DependsOnOthers(Quantity quantity) {
+  return quantity == Quantity::response || quantity == Quantity::startLatency;
+}
+
 void AddBudgets(std::vector<Budget>& budgets, const std::string& task, const Seen& seen, double margin) {
   Budget load;
   load.name = task + " load";
@@ -47,10 +56,12 @@ void AddBudgets(std::vector<Budget>& budgets, const std::string& task, const See
   budgets.push_back(load);
   for (const Quantity quantity :
        {Quantity::execution, Quantity::response, Quantity::startLatency, Quantity::activationInterval}) {
-    const auto& largest = seen.largest[static_cast<std::size_t>(quantity)];
+    const auto place = static_cast<std::size_t>(quantity);
+    const auto& largest = seen.largest[place];
     if (!largest || *largest == 0) continue;  // of nothing no margin can be taken: one tick would break it
     budgets.push_back(QuantityBudget(task, quantity, Statistic::max));
-    budgets.back().atMost = std::ceil(static_cast<double>(*largest) * (1 + margin));
+    const double tail = DependsOnOthers(quantity) ? static_cast<double>(seen.tail[place]) : 0;
+    budgets.back().atMost = std::ceil(static_cast<double>(*largest) * (1 + margin) + tail);
   }
   if (!seen.shortestInterval) return;
   const double shortest = std::floor(static_cast<double>(*seen.shortestInterval) * (1 - margin));
