@@ -55,11 +55,7 @@ class CheckJson : public CheckFormat {
     json_.EndObject();
   }
 
-  void End() override {
-    json_.EndArray();
-    json_.EndObject();
-    json_.EndText();
-  }
+  void End() override { json_.EndRows(); }
 
  private:
   void AddCheck(const Check& check, const AnalysedLane& lane) {

@@ -100,11 +100,19 @@ std::function<int()> Declare(CLI::App& app) {
 
 }  // namespace
 
-const Command recordCommand{"record", "Read loggers of a controller and save what they hold",
-                            "Examples:\n"
-                            "  tasklog record demo -o demo.tasklog\n"
-                            "  tasklog record demo --logger all --start --for 10s -o demo-logs\n"
-                            "  tasklog record demo --split 5min --keep 1h --until issue:LATE -o night",
-                            Declare};
+const Command recordCommand{
+    "record", "Read loggers of a controller and save what they hold",
+    "Examples:\n"
+    "  tasklog record demo -o demo.tasklog\n"
+    "  tasklog record demo --logger all --start --for 10s -o demo-logs\n"
+    "  tasklog record demo --split 5min --keep 1h --until issue:LATE -o night\n"
+    "  tasklog record 'faults/burst#7' --start -o burst.tasklog\n"
+    "\n"
+    "Simulated controllers, to try it without a machine; #7 behind a name sets the seed:\n"
+    "  demo, overload, legacy, flaky\n"
+    "  faults/ beat, burst, chain, device-wait, inversion, long-job, lost-records,\n"
+    "          no-preemption, overload, overrun, slow-stretch\n"
+    "  healthy/ high-load, idle-jobs, issues, jitter, two-rates",
+    Declare};
 
 }  // namespace cli

@@ -30,6 +30,12 @@ class JsonWriter {
   void EndArray() { Close(']'); }
   // At the end of all.
   void EndText() { out_.push_back('\n'); }
+  // Where the array of rows is the last of the object around all.
+  void EndRows() {
+    EndArray();
+    EndObject();
+    EndText();
+  }
   // In an array: an object on a line of its own.
   void BeginRow() {
     Separate();

@@ -111,11 +111,7 @@ class LatencyJson : public LatencyFormat {
     json_.EndObject();
   }
 
-  void End() override {
-    json_.EndArray();
-    json_.EndObject();
-    json_.EndText();
-  }
+  void End() override { json_.EndRows(); }
 
  private:
   void AddHistogram(const Histogram& histogram) {

@@ -94,11 +94,7 @@ class StatsJson : public StatsFormat {
     json_.EndObject();
   }
 
-  void End() override {
-    json_.EndArray();
-    json_.EndObject();
-    json_.EndText();
-  }
+  void End() override { json_.EndRows(); }
 
  private:
   void AddTask(const LaneStatistics& lane, TaskIndex index) {
