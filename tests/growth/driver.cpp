@@ -109,7 +109,7 @@ void CountFile(const FileShape& shape, Setting setting, const char* path) {
 // Several polls, of which each brings some records of what the buffer holds.
 void CountPolls(Setting setting) {
   constexpr std::size_t polls = 8;
-  constexpr std::size_t slotCount = 512;
+  constexpr std::size_t cellCount = 512;
   constexpr std::size_t newRecords = 64;
   const auto records = bench::MakeRecords(setting.taskCount, 1, setting.entries + polls * newRecords);
   const std::span<const bench::Record> all(records);
@@ -120,7 +120,7 @@ void CountPolls(Setting setting) {
   std::vector<std::vector<std::uint32_t>> rings;
   for (std::size_t poll = 1; poll <= polls; ++poll) {
     const std::size_t written = setting.entries + poll * newRecords;
-    rings.push_back(bench::RingOf(all.subspan(written - slotCount + 1, slotCount - 1), slotCount, written));
+    rings.push_back(bench::RingOf(all.subspan(written - cellCount + 1, cellCount - 1), cellCount, written));
   }
   Count("poll", setting, [&] {
     for (std::vector<std::uint32_t>& ring : rings) {
