@@ -44,8 +44,8 @@ class NewEntries {
     return place;
   }
 
-  // Moves all to the start of their room, each series in the order of time. Entries of one time that were read
-  // backward came newest first and lie in reverse, so they are in order too.
+  // Moves all to the start of their room, each series in the order of time. Entries of one time that were
+  // read backward came newest first and lie in reverse, so they are in order too.
   void Close() {
     if (!ordered_) {
       std::stable_sort(backward_, middle_, CompareEntriesByTime());
