@@ -56,11 +56,11 @@ Log FilledLog(Setting setting) {
 template <class Operation>
 void Count(const std::string& name, Setting setting, Operation operation) {
   const std::string label = LabelOf(name, setting);
-  CALLGRIND_START_INSTRUMENTATION;
+  CALLGRIND_TOGGLE_COLLECT;
   CALLGRIND_ZERO_STATS;
   operation();
   CALLGRIND_DUMP_STATS_AT(label.c_str());
-  CALLGRIND_STOP_INSTRUMENTATION;
+  CALLGRIND_TOGGLE_COLLECT;
 }
 
 void CountAppends(Setting setting) {
@@ -167,9 +167,9 @@ int Run() {
     CountAppends(setting);
     CountFiles(setting, path);
   }
-  for (const Setting setting : shapeSettings) {
-    for (const RingShape& shape : ringShapes) CountRing(shape, setting, path);
-    for (const FileShape& shape : fileShapes) CountFile(shape, setting, path);
+  for (const std::size_t factor : {1, 2, 4}) {
+    for (const RingShape& shape : ringShapes) CountRing(shape, {factor * SmallestShape(false), 0}, path);
+    for (const FileShape& shape : fileShapes) CountFile(shape, {factor * SmallestShape(true), 0}, path);
   }
   for (const Setting setting : flatSettings) {
     CountPolls(setting);
