@@ -14,6 +14,7 @@ constexpr u64 widest = u64{1} << 62;  // ticks
 
 std::size_t RecordSorter::MakeRoom() {
   records_.Spare(thresholds::recordRoom);
+  MakeRoomToSort();
   return records_.size() + records_.SpareSize();
 }
 
@@ -24,10 +25,15 @@ void RecordSorter::Add(const Record& record) {
   series_.back().end = records_.size();
 }
 
-// Gathering looks at every series, so where there are many series it takes more records at once.
+// Gathering looks at every series, so where there are many series it takes more records at once; and never
+// more than there is room for.
+void RecordSorter::MakeRoomToSort() {
+  const std::size_t gathered = std::max(thresholds::sorted, std::bit_ceil(series_.size() + 1));
+  items_.Spare(2 * std::min(gathered, records_.size() + records_.SpareSize()));
+}
+
 void RecordSorter::BeginSeries() {
-  const std::size_t needed = 2 * std::max(thresholds::sorted, std::bit_ceil(series_.size() + 1));
-  if (items_.size() < needed) items_.resize(needed);
+  MakeRoomToSort();
   series_.push_back({task_, records_.size(), records_.size(), records_.size()});
   inSeries_ = true;
 }
@@ -87,13 +93,13 @@ void RecordSorter::NoteDensity(const Series& series, u64 begin) {
 void RecordSorter::SortGathered(u64 begin, u64 width) {
   constexpr u64 digitMask = (u64{1} << digitBits) - 1;
   if (itemCount_ <= thresholds::compared) {
-    std::sort(items_.data(), items_.data() + itemCount_, [](const Item& a, const Item& b) {
+    std::sort(items_.begin(), items_.begin() + itemCount_, [](const Item& a, const Item& b) {
       return a.timestamp != b.timestamp ? a.timestamp < b.timestamp : a.record < b.record;
     });
     return;
   }
   const int bits = static_cast<int>(std::bit_width(width - 1));
-  Item* from = items_.data();
+  Item* from = items_.begin();
   Item* to = from + Capacity();
   for (int shift = 0; shift < bits; shift += digitBits) {
     u32 places[digitMask + 1] = {};
@@ -104,5 +110,5 @@ void RecordSorter::SortGathered(u64 begin, u64 width) {
     for (std::size_t i = 0; i < itemCount_; ++i) to[places[digit(from[i])]++] = from[i];
     std::swap(from, to);
   }
-  if (from != items_.data()) std::copy_n(from, itemCount_, items_.data());
+  if (from != items_.begin()) std::copy_n(from, itemCount_, items_.begin());
 }

@@ -54,8 +54,9 @@ class RecordSorter {
     STLTask* task;
   };
 
+  void MakeRoomToSort();
   void BeginSeries();
-  std::size_t Capacity() const { return items_.size() / 2; }
+  std::size_t Capacity() const { return items_.SpareSize() / 2; }
   bool GatherNext();
   bool DropFinished(u64& earliest);
   bool Gather(u64 begin, u64 width);
@@ -68,7 +69,8 @@ class RecordSorter {
   bool inSeries_ = false;       // whether the section's last series takes more records
   std::vector<Series> series_;  // in the order of the file
 
-  std::vector<Item> items_;  // two halves: gathered records and, while they are sorted, their next order
+  // Two halves, all of it spare room: gathered records and, while they are sorted, their next order.
+  GrowingArray<Item> items_;
   std::size_t itemCount_ = 0;
   u64 dense_ = 0;             // ticks to where one series alone has more records than can be gathered
   u64 width_ = u64{1} << 20;  // ticks gathered at once
