@@ -1,0 +1,166 @@
+#include "habits.h"
+
+#include <algorithm>
+#include <map>
+
+namespace analysis {
+namespace {
+
+// So many jobs, evenly spread over the log, show what the parts of a job normally are.
+constexpr std::size_t mostSamples = 512;
+// Releases are regular when nine in ten intervals lie that near to the period.
+constexpr std::uint64_t percentOff = 20;
+constexpr std::uint64_t fewestIntervals = 10;
+// Outliers are so far from the rest: a share of the median.
+constexpr double leastLonger = 0.2;
+constexpr double leastLater = 0.03;
+
+using PartsByWho = std::map<std::pair<PartKind, TaskIndex>, std::vector<std::uint64_t>>;
+
+// A part that fewer than half of the jobs have is normally 0, and left out.
+std::vector<Part> MediansOf(PartsByWho& all, std::size_t jobs) {
+  std::vector<Part> medians;
+  for (auto& [who, ticks] : all) {
+    ticks.resize(jobs);
+    const std::uint64_t median = Quantile(ticks, 0.5);
+    if (median > 0) medians.push_back({who.first, who.second, median});
+  }
+  return medians;
+}
+
+void Add(PartsByWho& to, const std::vector<Part>& parts) {
+  for (const Part& part : parts) to[{part.kind, part.task}].push_back(part.ticks);
+}
+
+Ticks Overlap(const std::vector<Stretch>& stretches, const Stretch& with) {
+  Ticks sum = 0;
+  for (const Stretch& one : stretches) {
+    const Ticks from = std::max(one.from, with.from);
+    const Ticks to = std::min(one.to, with.to);
+    if (to > from) sum += to - from;
+  }
+  return sum;
+}
+
+}  // namespace
+
+std::vector<Part> PartsIn(const Schedule& schedule, TaskIndex task, const Stretch& stretch) {
+  std::vector<Part> parts{{PartKind::execution, task, 0}};
+  Ticks dispatch = 0;
+  const std::vector<Stretch> waits = schedule.WaitsIn(task, stretch);
+  Ticks waiting = 0;
+  for (const Stretch& wait : waits) waiting += wait.Length();
+  const auto add = [&](TaskIndex by, Ticks ticks) {
+    const std::uint32_t own = schedule.PriorityOf(task);
+    const std::uint32_t other = schedule.PriorityOf(by);
+    const PartKind kind = other > own   ? PartKind::preemption
+                          : other < own ? PartKind::blocking
+                                        : PartKind::sharing;
+    for (std::size_t i = 1; i < parts.size(); ++i)
+      if (parts[i].task == by) return void(parts[i].ticks += ticks);
+    parts.push_back({kind, by, ticks});
+  };
+  schedule.ForEachRun(stretch, [&](TaskIndex by, const Stretch& run) {
+    if (by == task) return void(parts[0].ticks += run.Length());
+    const Ticks ready = run.Length() - (waits.empty() ? 0 : Overlap(waits, run));
+    if (ready == 0) return;
+    schedule.IsIdle(by) ? void(dispatch += ready) : add(by, ready);
+  });
+  if (dispatch > 0) parts.push_back({PartKind::dispatch, noTask, dispatch});
+  if (waiting > 0) parts.push_back({PartKind::waiting, task, waiting});
+  return parts;
+}
+
+template <class Pick>
+const Usual& Habits::Find(TaskIndex task, std::size_t which, double leastShare, Ticks leastDistance,
+                          Pick pick) {
+  std::optional<Usual>& usual = tasks_[task].usual[which];
+  if (usual) return *usual;
+  std::vector<std::uint64_t> values;
+  for (const PastJob& job : schedule_.JobsOf(task))
+    if (const auto value = pick(job)) values.push_back(*value);
+  return usual.emplace(FindUsual(values, leastShare, leastDistance));
+}
+
+const Usual& Habits::Execution(TaskIndex task) {
+  return Find(task, 0, leastLonger, 2, [](const PastJob& job) {
+    return job.isWhole ? std::optional(job.ExecutionOfCycle()) : std::nullopt;
+  });
+}
+
+const Usual& Habits::Response(TaskIndex task) {
+  return Find(task, 1, leastLonger, 2,
+              [](const PastJob& job) { return job.isWhole ? std::optional(job.Response()) : std::nullopt; });
+}
+
+// Most jobs may not wait at all: then any short wait would stand out.
+const Usual& Habits::Waiting(TaskIndex task) {
+  return Find(task, 2, leastLonger, Response(task).median / 4 + 2,
+              [](const PastJob& job) { return job.isWhole ? std::optional(job.waiting) : std::nullopt; });
+}
+
+const Usual& Habits::Interval(TaskIndex task) {
+  return Find(task, 3, leastLater, 2, [](const PastJob& job) {
+    return job.interval > 0 ? std::optional(job.interval) : std::nullopt;
+  });
+}
+
+const Activator& Habits::ActivatorOf(TaskIndex task) {
+  std::optional<Activator>& activator = tasks_[task].activator;
+  return activator ? *activator : activator.emplace(FindActivator(schedule_.JobsOf(task)));
+}
+
+// Where a release was lost, an interval is twice as long or more; the short ones tell the period.
+Ticks Habits::PeriodOf(TaskIndex task) {
+  const Usual& interval = Interval(task);
+  if (interval.count < fewestIntervals) return 0;
+  const Ticks room = interval.median * percentOff / 100;
+  const bool isStable =
+      interval.median - interval.quarter <= room && interval.threeQuarters - interval.median <= room;
+  return isStable ? interval.median : 0;
+}
+
+// Behind the place where the responses changed for good nothing is normal.
+std::size_t Habits::NormalEnd(TaskIndex task) {
+  const std::vector<PastJob>& jobs = schedule_.JobsOf(task);
+  const std::optional<std::size_t> change = Response(task).changedAt;
+  if (!change) return jobs.size();
+  std::size_t whole = 0;
+  std::size_t place = 0;
+  while (place < jobs.size() && whole < *change) whole += jobs[place++].isWhole;
+  return place;
+}
+
+const std::vector<Part>& Habits::NormalParts(TaskIndex task) {
+  std::optional<std::vector<Part>>& parts = tasks_[task].parts;
+  if (parts) return *parts;
+  const std::vector<PastJob>& jobs = schedule_.JobsOf(task);
+  const std::size_t end = NormalEnd(task);
+  const std::size_t step = end / mostSamples + 1;
+  PartsByWho all;
+  std::size_t count = 0;
+  for (std::size_t i = 0; i < end; i += step) {
+    if (!jobs[i].isWhole) continue;
+    Add(all, PartsIn(schedule_, task, {jobs[i].activation, jobs[i].end}));
+    ++count;
+  }
+  return parts.emplace(count == 0 ? std::vector<Part>() : MediansOf(all, count));
+}
+
+const std::vector<Part>& Habits::NormalPartsUntil(TaskIndex by, TaskIndex task) {
+  std::optional<std::vector<Part>>& parts = tasks_[task].partsUntil;
+  if (parts) return *parts;
+  const std::vector<PastJob>& jobs = schedule_.JobsOf(task);
+  const std::size_t step = jobs.size() / mostSamples + 1;
+  PartsByWho all;
+  std::size_t count = 0;
+  for (std::size_t i = 0; i < jobs.size(); i += step) {
+    const PastJob* activator = jobs[i].activator == by ? schedule_.JobAt(by, jobs[i].activation) : nullptr;
+    if (!activator || activator->cutBegin) continue;
+    Add(all, PartsIn(schedule_, by, {activator->activation, jobs[i].activation}));
+    ++count;
+  }
+  return parts.emplace(count == 0 ? std::vector<Part>() : MediansOf(all, count));
+}
+
+}  // namespace analysis

@@ -1,0 +1,56 @@
+// What the tasks of a lane usually do: worked out for those that are asked for.
+#pragma once
+
+#include <array>
+#include <optional>
+#include <vector>
+
+#include "activators.h"
+#include "parts.h"
+#include "schedule.h"
+#include "usual.h"
+
+namespace analysis {
+
+// What a job does between its activation and `stretch.to`: execution first, then who else had the processor,
+// each in the order of its first run, dispatch and waiting.
+std::vector<Part> PartsIn(const Schedule& schedule, TaskIndex task, const Stretch& stretch);
+
+class Habits {
+ public:
+  // With a good log it says what is normal of the tasks that it has; both are borrowed.
+  explicit Habits(const Schedule& schedule, const Schedule* good = nullptr)
+      : schedule_(schedule), good_(good), tasks_(schedule.TaskCount()) {}
+
+  // Of whole jobs, in the order of time.
+  const Usual& Execution(TaskIndex task);  // of one cycle
+  const Usual& Response(TaskIndex task);
+  const Usual& Waiting(TaskIndex task);
+  const Usual& Interval(TaskIndex task);  // of all jobs that have one
+
+  // The median of each part of the task's jobs.
+  const std::vector<Part>& NormalParts(TaskIndex task);
+  // The same of the part of a job of `by` until it activates `task`.
+  const std::vector<Part>& NormalPartsUntil(TaskIndex by, TaskIndex task);
+
+  const Activator& ActivatorOf(TaskIndex task);
+  // The time from release to release where releases come regularly, else 0.
+  Ticks PeriodOf(TaskIndex task);
+
+ private:
+  struct OfTask {
+    std::array<std::optional<Usual>, 4> usual;
+    std::optional<Activator> activator;
+    std::optional<std::vector<Part>> parts;
+    std::optional<std::vector<Part>> partsUntil;  // of the one that activates it
+  };
+  template <class Pick>
+  const Usual& Find(TaskIndex task, std::size_t which, double leastShare, Ticks leastDistance, Pick pick);
+  std::size_t NormalEnd(TaskIndex task);
+
+  const Schedule& schedule_;
+  const Schedule* good_;
+  std::vector<OfTask> tasks_;
+};
+
+}  // namespace analysis
