@@ -1,0 +1,137 @@
+// Timing issues that a controller raises because a job is late, told from those that are messages.
+#include <algorithm>
+#include <map>
+
+#include "lateness.h"
+
+namespace analysis {
+namespace {
+
+// An issue during a job.
+struct Raised {
+  std::size_t issue;  // its place in Schedule::Issues()
+  std::size_t place;  // of the job
+  Ticks elapsed;      // since its activation
+  Ticks executed;     // by the job, until then
+};
+
+// Issues raised for a deadline come at one time after the activation, to this many ticks or this share of it.
+constexpr Ticks fewTicks = 3;
+constexpr Ticks partsOff = 400;
+// Of the jobs that take longer than a deadline, so many in ten have its issue.
+constexpr std::size_t mostHaveIt = 8;
+
+bool IsNear(Ticks one, Ticks other) {
+  const Ticks distance = one > other ? one - other : other - one;
+  return distance <= std::max(fewTicks, other / partsOff);
+}
+
+Ticks ExecutedBy(const Schedule& schedule, TaskIndex task, const Stretch& until) {
+  Ticks sum = 0;
+  schedule.ForEachRun(until, [&](TaskIndex by, const Stretch& run) { sum += by == task ? run.Length() : 0; });
+  return sum;
+}
+
+// By their places among the issues of the lane.
+using RaisedBySubject = std::map<SubjectIndex, std::vector<Raised>>;
+
+RaisedBySubject IssuesDuringJobs(const Schedule& schedule, TaskIndex task, const std::vector<bool>& taken) {
+  RaisedBySubject all;
+  const std::vector<PastMark>& issues = schedule.Issues();
+  std::size_t issue = 0;
+  const std::vector<PastJob>& jobs = schedule.JobsOf(task);
+  for (std::size_t place = 0; place < jobs.size() && issue < issues.size(); ++place) {
+    const PastJob& job = jobs[place];
+    while (issue < issues.size() && issues[issue].time <= job.activation) ++issue;
+    if (job.cutBegin) continue;
+    for (std::size_t one = issue; one < issues.size() && issues[one].time <= job.end; ++one)
+      if (!taken[one]) all[issues[one].subject].push_back({one, place, issues[one].time - job.activation, 0});
+  }
+  return all;
+}
+
+// The elapsed time near which most of them lie.
+std::vector<Raised> MostAtOneTime(std::vector<Raised> raised) {
+  std::sort(raised.begin(), raised.end(),
+            [](const Raised& a, const Raised& b) { return a.elapsed < b.elapsed; });
+  std::size_t best = 0, bestCount = 0;
+  for (std::size_t first = 0, last = 0; first < raised.size(); ++first) {
+    last = std::max(last, first);
+    while (last < raised.size() && IsNear(raised[last].elapsed, raised[first].elapsed)) ++last;
+    if (last - first <= bestCount) continue;
+    best = first;
+    bestCount = last - first;
+  }
+  const auto from = raised.begin() + static_cast<std::ptrdiff_t>(best);
+  return {from, from + static_cast<std::ptrdiff_t>(bestCount)};
+}
+
+// A task raises a message at one point of its own work: how much of it is done by then varies less than the
+// time since the activation.
+bool IsMessage(const Schedule& schedule, TaskIndex task, std::vector<Raised>& raised) {
+  const std::vector<PastJob>& jobs = schedule.JobsOf(task);
+  Ticks leastExecuted = UINT64_MAX, mostExecuted = 0, leastElapsed = UINT64_MAX, mostElapsed = 0;
+  for (Raised& one : raised) {
+    const Ticks begin = jobs[one.place].activation;
+    if (schedule.RunningBefore(begin + one.elapsed) != task) return false;
+    one.executed = ExecutedBy(schedule, task, {begin, begin + one.elapsed});
+    leastExecuted = std::min(leastExecuted, one.executed);
+    mostExecuted = std::max(mostExecuted, one.executed);
+    leastElapsed = std::min(leastElapsed, one.elapsed);
+    mostElapsed = std::max(mostElapsed, one.elapsed);
+  }
+  return mostExecuted - leastExecuted <= mostElapsed - leastElapsed + fewTicks;
+}
+
+struct Candidate {
+  TaskIndex task;
+  SubjectIndex issue;
+  std::vector<Raised> raised;
+  Ticks Length() const { return raised.front().elapsed; }
+};
+
+// The best deadline that the issues not yet taken show of the task, if they show any.
+void AddCandidates(const Schedule& schedule, Habits& habits, TaskIndex task, const std::vector<bool>& taken,
+                   std::vector<Candidate>& candidates) {
+  const Ticks period = habits.PeriodOf(task);
+  for (auto& [subject, all] : IssuesDuringJobs(schedule, task, taken)) {
+    std::vector<Raised> raised = MostAtOneTime(std::move(all));
+    const Ticks length = raised.back().elapsed;
+    const bool isPeriod = period > 0 && IsNear(length, period);
+    if (raised.size() < 2 && !isPeriod) continue;
+    std::size_t longer = 0;
+    for (const PastJob& job : schedule.JobsOf(task))
+      longer += job.isWhole && job.Response() > length + length / partsOff + fewTicks;
+    if (raised.size() * 10 < longer * mostHaveIt) continue;
+    if (!isPeriod && IsMessage(schedule, task, raised)) continue;
+    candidates.push_back({task, subject, std::move(raised)});
+  }
+}
+
+}  // namespace
+
+// An issue belongs to one task. Where the periods of two fit together, it comes at one time after the
+// activation of either: then it is that of the task that has more of them, and of two the one that began
+// later.
+std::vector<std::vector<Deadline>> FindDeadlines(const Schedule& schedule, Habits& habits) {
+  std::vector<std::vector<Deadline>> deadlines(schedule.TaskCount());
+  std::vector<bool> taken(schedule.Issues().size());
+  std::vector<Candidate> candidates;
+  if (taken.empty()) return deadlines;
+  for (TaskIndex task = 0; task < schedule.TaskCount(); ++task)
+    if (!schedule.IsIdle(task)) AddCandidates(schedule, habits, task, taken, candidates);
+  std::stable_sort(candidates.begin(), candidates.end(), [](const Candidate& a, const Candidate& b) {
+    return a.raised.size() != b.raised.size() ? a.raised.size() > b.raised.size() : a.Length() < b.Length();
+  });
+  for (const Candidate& candidate : candidates) {
+    const auto isTaken = [&](const Raised& one) { return taken[one.issue]; };
+    const auto lost =
+        static_cast<std::size_t>(std::count_if(candidate.raised.begin(), candidate.raised.end(), isTaken));
+    if (lost * 2 > candidate.raised.size()) continue;
+    for (const Raised& one : candidate.raised) taken[one.issue] = true;
+    deadlines[candidate.task].push_back({candidate.Length(), candidate.issue});
+  }
+  return deadlines;
+}
+
+}  // namespace analysis
