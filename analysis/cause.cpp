@@ -5,8 +5,6 @@
 namespace analysis {
 namespace {
 
-// Deeper no chain goes: nobody would follow it, and tasks that activate each other would not end.
-constexpr std::size_t longestChain = 8;
 // A part that grew by that much of what the largest did is told beside it.
 constexpr double nearlyAsMuch = 0.8;
 // A lower task normally keeps this one from running for less than that part of what it did now.
@@ -77,8 +75,7 @@ Cause Causes::Of(const LateJob& late) {
     FollowActivation(late.task, late.place, cause);
     return cause;
   }
-  const Usual& response = habits_.Response(late.task);
-  cause.normal = response.changedAt ? response.medianBefore : response.median;
+  cause.normal = habits_.NormalResponse(late.task);
   cause.actual = job.Response();
   const Delay delay =
       DelayOf(late.task, {job.activation, job.end}, habits_.NormalParts(late.task), cause.normal);

@@ -53,6 +53,9 @@ struct PartExcess {
   Ticks Excess() const { return actual > normal ? actual - normal : 0; }
 };
 
+// Deeper no chain goes: nobody would follow it, and tasks that activate each other would not end.
+inline constexpr std::size_t longestChain = 9;
+
 struct Cause {
   Ticks normal = 0;  // the response, or the interval of a job that came late
   Ticks actual = 0;
@@ -81,6 +84,14 @@ class Causes {
     Ticks excess;  // of the whole
   };
 
+  // A wait, by who had the processor meanwhile.
+  struct Waiter {
+    TaskIndex holder = noTask;  // who ran when it ended
+    Ticks idle = 0;
+    Ticks holderRan = 0;
+    std::vector<Part> others;
+  };
+
   Delay DelayOf(TaskIndex task, const Stretch& stretch, const std::vector<Part>& normal, Ticks normalLength);
   void Follow(const Delay& delay, Cause& cause);
   void FollowPart(const Delay& delay, const PartExcess& part, Cause& cause);
@@ -88,6 +99,9 @@ class Causes {
   void FollowPreemption(const Delay& delay, const PartExcess& part, Cause& cause);
   void FollowSharing(const Delay& delay, const PartExcess& part, Cause& cause);
   void FollowWaiting(const Delay& delay, const PartExcess& part, Cause& cause);
+  Waiter LookAtWait(const Stretch& wait) const;
+  void FollowHolder(const Waiter& seen, const PastJob& holding, const Stretch& wait, Ticks excess,
+                    Cause& cause);
   void FollowActivation(TaskIndex task, std::size_t place, Cause& cause);
   bool CameMoreOften(TaskIndex task, const Stretch& stretch, Link& link);
   void AddLongJob(TaskIndex task, const PastJob& job, Ticks excess, Cause& cause);

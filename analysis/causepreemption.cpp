@@ -7,8 +7,12 @@
 namespace analysis {
 namespace {
 
-// Releases that come in less than this part of the usual interval are a burst.
+// Releases that come in less than this part of the usual interval are a burst, when that is so many times the
+// distance of the middle half of the intervals below it. Else there have to be that many times more than
+// usual.
 constexpr double burstInterval = 0.6;
+constexpr Ticks quartileRanges = 4;
+constexpr std::uint64_t manyMore = 3;
 // A task appeared late when it comes that many of its intervals, and that part of the log, behind the start.
 constexpr Ticks fewIntervals = 3;
 constexpr Ticks partOfLog = 20;
@@ -87,6 +91,9 @@ bool Causes::CameMoreOften(TaskIndex task, const Stretch& stretch, Link& link) {
   const std::uint64_t possible = interval.median == 0 ? cycles : span / interval.median + 1;
   link.normalCount = static_cast<std::uint32_t>(possible);
   link.count = static_cast<std::uint32_t>(cycles);
+  const Ticks middle = std::max<Ticks>(interval.threeQuarters - interval.quarter, 1);
+  const bool isFarOff = nearest < interval.median && (interval.median - nearest) / quartileRanges > middle;
+  if (!isFarOff && cycles < manyMore * possible) return false;
   return cycles > possible &&
          static_cast<double>(nearest) < burstInterval * static_cast<double>(interval.median);
 }

@@ -14,16 +14,10 @@ constexpr std::size_t threeInFour = 3;
 // Another task kept the holder from going on if it ran that many times more than it does all over the log.
 constexpr double muchMoreThanUsual = 2;
 
-struct Waiter {
-  TaskIndex holder = noTask;
-  Ticks idle = 0;
-  Ticks holderRan = 0;
-  std::vector<Part> others;  // by who ran
-};
-
 }  // namespace
 
-static Waiter LookAtWait(const Schedule& schedule, const Stretch& wait) {
+Causes::Waiter Causes::LookAtWait(const Stretch& wait) const {
+  const Schedule& schedule = schedule_;
   Waiter result;
   result.holder = schedule.RunningBefore(wait.to);
   schedule.ForEachRun(wait, [&](TaskIndex by, const Stretch& run) {
@@ -57,7 +51,7 @@ void Causes::FollowWaiting(const Delay& delay, const PartExcess& part, Cause& ca
   Link link = MakeLink(CauseKind::waiting, delay.task, part.Excess(), longest, cause);
   link.normal = part.normal;
   link.actual = part.actual;
-  const Waiter seen = LookAtWait(schedule_, longest);
+  const Waiter seen = LookAtWait(longest);
   const PastJob* holding = schedule_.IsIdle(seen.holder) ? nullptr : schedule_.JobAt(seen.holder, longest.to);
   const bool isLock = holding && holding->activation <= longest.from &&
                       seen.idle * leastBusy <= longest.Length() &&
@@ -77,10 +71,21 @@ void Causes::FollowWaiting(const Delay& delay, const PartExcess& part, Cause& ca
     cause.isAnomaly |= isAnomaly;
     return;
   }
-  const Usual& execution = habits_.Execution(seen.holder);
-  if (seen.holderRan * 2 >= part.Excess() && execution.IsHigh(holding->ExecutionOfCycle()))
-    AddLongJob(seen.holder, *holding, std::min(seen.holderRan, part.Excess()), cause);
+  FollowHolder(seen, *holding, longest, part.Excess(), cause);
   cause.isAnomaly |= isAnomaly;
+}
+
+// What grew in the holder's job until then: it may have come to the lock at a time when it normally is done.
+void Causes::FollowHolder(const Waiter& seen, const PastJob& holding, const Stretch& wait, Ticks excess,
+                          Cause& cause) {
+  const Usual& execution = habits_.Execution(seen.holder);
+  if (seen.holderRan * 2 >= excess && execution.IsHigh(holding.ExecutionOfCycle()))
+    return AddLongJob(seen.holder, holding, std::min(seen.holderRan, excess), cause);
+  const Stretch until{holding.activation, wait.to};
+  const Delay delay = DelayOf(seen.holder, until, habits_.NormalParts(seen.holder), 0);
+  for (const PartExcess& part : delay.parts)
+    if (part.kind == PartKind::preemption && part.Excess() * 2 >= excess && part.normal * 2 <= part.actual)
+      return FollowPreemption(delay, part, cause);
 }
 
 }  // namespace analysis

@@ -12,7 +12,6 @@ struct Raised {
   std::size_t issue;  // its place in Schedule::Issues()
   std::size_t place;  // of the job
   Ticks elapsed;      // since its activation
-  Ticks executed;     // by the job, until then
 };
 
 // Issues raised for a deadline come at one time after the activation, to this many ticks or this share of it.
@@ -20,6 +19,8 @@ constexpr Ticks fewTicks = 3;
 constexpr Ticks partsOff = 400;
 // Of the jobs that take longer than a deadline, so many in ten have its issue.
 constexpr std::size_t mostHaveIt = 8;
+// Of the issues, so many in ten come during late jobs of the task.
+constexpr std::size_t nearlyAll = 9;
 
 bool IsNear(Ticks one, Ticks other) {
   const Ticks distance = one > other ? one - other : other - one;
@@ -45,7 +46,7 @@ RaisedBySubject IssuesDuringJobs(const Schedule& schedule, TaskIndex task, const
     while (issue < issues.size() && issues[issue].time <= job.activation) ++issue;
     if (job.cutBegin) continue;
     for (std::size_t one = issue; one < issues.size() && issues[one].time <= job.end; ++one)
-      if (!taken[one]) all[issues[one].subject].push_back({one, place, issues[one].time - job.activation, 0});
+      if (!taken[one]) all[issues[one].subject].push_back({one, place, issues[one].time - job.activation});
   }
   return all;
 }
@@ -66,21 +67,41 @@ std::vector<Raised> MostAtOneTime(std::vector<Raised> raised) {
   return {from, from + static_cast<std::ptrdiff_t>(bestCount)};
 }
 
-// A task raises a message at one point of its own work: how much of it is done by then varies less than the
-// time since the activation.
-bool IsMessage(const Schedule& schedule, TaskIndex task, std::vector<Raised>& raised) {
-  const std::vector<PastJob>& jobs = schedule.JobsOf(task);
-  Ticks leastExecuted = UINT64_MAX, mostExecuted = 0, leastElapsed = UINT64_MAX, mostElapsed = 0;
-  for (Raised& one : raised) {
-    const Ticks begin = jobs[one.place].activation;
-    if (schedule.RunningBefore(begin + one.elapsed) != task) return false;
-    one.executed = ExecutedBy(schedule, task, {begin, begin + one.elapsed});
-    leastExecuted = std::min(leastExecuted, one.executed);
-    mostExecuted = std::max(mostExecuted, one.executed);
-    leastElapsed = std::min(leastElapsed, one.elapsed);
-    mostElapsed = std::max(mostElapsed, one.elapsed);
+struct Range {
+  Ticks least = UINT64_MAX;
+  Ticks most = 0;
+  void Add(Ticks value) {
+    least = std::min(least, value);
+    most = std::max(most, value);
   }
-  return mostExecuted - leastExecuted <= mostElapsed - leastElapsed + fewTicks;
+  Ticks Width() const { return most - least; }
+};
+
+// A task raises a message at one point of its own work: how much of it is done by then varies less than the
+// time since the activation of the task that may be late. Just as a job begins, others may raise what is due
+// then.
+bool IsAtOnePoint(const Schedule& schedule, TaskIndex by, SubjectIndex subject, Ticks room) {
+  Range executed;
+  std::size_t all = 0, withIt = 0;
+  for (const PastMark& issue : schedule.Issues()) {
+    if (issue.subject != subject) continue;
+    ++all;
+    const PastJob* job = issue.running == by ? schedule.JobAt(by, issue.time) : nullptr;
+    if (!job) continue;
+    ++withIt;
+    executed.Add(ExecutedBy(schedule, by, {job->activation, issue.time}));
+    if (executed.least <= fewTicks || executed.Width() > room + fewTicks) return false;
+  }
+  return withIt * 2 > all;
+}
+
+// Of two tasks in step with each other that is so of either. But a message does not ask whether the other is
+// late.
+bool IsMessage(const Schedule& schedule, TaskIndex task, const std::vector<Raised>& raised, std::size_t all) {
+  const PastMark& first = schedule.Issues()[raised.front().issue];
+  if (schedule.IsIdle(first.running)) return false;
+  if (first.running != task && raised.size() * 10 >= all * nearlyAll) return false;
+  return IsAtOnePoint(schedule, first.running, first.subject, raised.back().elapsed - raised.front().elapsed);
 }
 
 struct Candidate {
@@ -94,16 +115,18 @@ struct Candidate {
 void AddCandidates(const Schedule& schedule, Habits& habits, TaskIndex task, const std::vector<bool>& taken,
                    std::vector<Candidate>& candidates) {
   const Ticks period = habits.PeriodOf(task);
+  std::map<SubjectIndex, std::size_t> counts;
+  for (const PastMark& issue : schedule.Issues()) ++counts[issue.subject];
   for (auto& [subject, all] : IssuesDuringJobs(schedule, task, taken)) {
     std::vector<Raised> raised = MostAtOneTime(std::move(all));
     const Ticks length = raised.back().elapsed;
     const bool isPeriod = period > 0 && IsNear(length, period);
-    if (raised.size() < 2 && !isPeriod) continue;
+    if ((raised.size() < 2 && !isPeriod) || length < habits.Execution(task).median) continue;
     std::size_t longer = 0;
     for (const PastJob& job : schedule.JobsOf(task))
       longer += job.isWhole && job.Response() > length + length / partsOff + fewTicks;
     if (raised.size() * 10 < longer * mostHaveIt) continue;
-    if (!isPeriod && IsMessage(schedule, task, raised)) continue;
+    if (!isPeriod && IsMessage(schedule, task, raised, counts[subject])) continue;
     candidates.push_back({task, subject, std::move(raised)});
   }
 }

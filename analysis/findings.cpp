@@ -125,7 +125,7 @@ class Explainer {
 
   void FindOverload() {
     deadlines_ = FindDeadlines(schedule_, habits_);
-    busy_ = FindBusyStretches(schedule_);
+    busy_ = FindBusyStretches(schedule_, habits_, deadlines_);
     for (TaskIndex task = 0; task < schedule_.TaskCount() && !busy_.empty(); ++task)
       if (!schedule_.IsIdle(task)) FindOverload(task);
   }
@@ -205,21 +205,25 @@ class Explainer {
     return group.jobs.size() >= shortestBeat * rows && group.cause.actual >= 2 * group.cause.normal;
   }
 
-  // The one that stands for all: the end of a chain of activations; else one that was certainly late; else
-  // the one that lost most, of equals the one furthest from the root.
-  TaskIndex ChooseLate(const GroupsOfRoot& groups) const {
+  // The one that stands for all: where the lane is overloaded, the one of lowest priority; the end of a chain
+  // of activations; one that was certainly late; the one that lost most, of equals the one next to the root.
+  TaskIndex ChooseLate(const Root& root, const GroupsOfRoot& groups) const {
     const auto isActivation = [](const struct Group& group) {
       return group.cause.chain.front().kind == CauseKind::lateActivation && group.cause.chain.size() > 1;
     };
-    const auto rank = [&](const struct Group& group, Ticks most) {
-      const bool isNear = static_cast<double>(group.excess) >= nearlyAsMuch * static_cast<double>(most);
-      return std::make_tuple(isNear && isActivation(group), group.certain > 0, isNear,
-                             isNear ? group.cause.chain.size() : 0, group.excess);
-    };
     Ticks most = 0;
     for (const auto& [task, group] : groups) most = std::max(most, group.excess);
+    const auto rank = [&](TaskIndex task, const struct Group& group) {
+      const bool isNear = static_cast<double>(group.excess) >= nearlyAsMuch * static_cast<double>(most);
+      const bool isEnd = isNear && isActivation(group);
+      const std::size_t length = group.cause.chain.size();
+      const std::uint32_t below =
+          root.first == CauseKind::overload ? UINT32_MAX - schedule_.PriorityOf(task) : 0;
+      return std::make_tuple(below, isEnd ? length : 0, group.certain > 0, isNear,
+                             isNear ? longestChain - length : 0, group.excess);
+    };
     const auto best = std::max_element(groups.begin(), groups.end(), [&](const auto& a, const auto& b) {
-      return rank(a.second, most) < rank(b.second, most);
+      return rank(a.first, a.second) < rank(b.first, b.second);
     });
     return best->first;
   }
@@ -228,7 +232,7 @@ class Explainer {
     std::erase_if(groups, [&](const auto& one) { return !IsWorthTelling(root, one.second); });
     if (groups.empty()) return;
     Finding finding;
-    finding.task = ChooseLate(groups);
+    finding.task = ChooseLate(root, groups);
     struct Group& group = groups[finding.task];
     finding.sign = group.worst.sign;
     for (const LateJob& job : group.jobs) {

@@ -120,22 +120,33 @@ Ticks Habits::PeriodOf(TaskIndex task) {
   return isStable ? interval.median : 0;
 }
 
-// Behind the place where the responses changed for good nothing is normal.
-std::size_t Habits::NormalEnd(TaskIndex task) {
+std::size_t Habits::ChangeOf(TaskIndex task) {
   const std::vector<PastJob>& jobs = schedule_.JobsOf(task);
-  const std::optional<std::size_t> change = Response(task).changedAt;
-  if (!change) return jobs.size();
+  std::size_t least = SIZE_MAX;
+  for (const Usual* usual : {&Response(task), &Execution(task), &Waiting(task)})
+    if (usual->changedAt && usual->medianAfter > usual->medianBefore)
+      least = std::min(least, *usual->changedAt);
   std::size_t whole = 0;
   std::size_t place = 0;
-  while (place < jobs.size() && whole < *change) whole += jobs[place++].isWhole;
+  while (place < jobs.size() && whole < least) whole += jobs[place++].isWhole;
   return place;
+}
+
+Ticks Habits::NormalResponse(TaskIndex task) {
+  std::optional<Ticks>& response = tasks_[task].response;
+  if (response) return *response;
+  const std::size_t end = ChangeOf(task);
+  std::vector<std::uint64_t> responses;
+  for (std::size_t i = 0; i < end; ++i)
+    if (schedule_.JobsOf(task)[i].isWhole) responses.push_back(schedule_.JobsOf(task)[i].Response());
+  return response.emplace(responses.empty() ? 0 : Quantile(responses, 0.5));
 }
 
 const std::vector<Part>& Habits::NormalParts(TaskIndex task) {
   std::optional<std::vector<Part>>& parts = tasks_[task].parts;
   if (parts) return *parts;
   const std::vector<PastJob>& jobs = schedule_.JobsOf(task);
-  const std::size_t end = NormalEnd(task);
+  const std::size_t end = ChangeOf(task);
   const std::size_t step = end / mostSamples + 1;
   PartsByWho all;
   std::size_t count = 0;

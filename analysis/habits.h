@@ -28,6 +28,9 @@ class Habits {
   const Usual& Waiting(TaskIndex task);
   const Usual& Interval(TaskIndex task);  // of all jobs that have one
 
+  // Behind this place in Schedule::JobsOf() the jobs are of another kind, for good; nothing there is normal.
+  std::size_t ChangeOf(TaskIndex task);
+  Ticks NormalResponse(TaskIndex task);
   // The median of each part of the task's jobs.
   const std::vector<Part>& NormalParts(TaskIndex task);
   // The same of the part of a job of `by` until it activates `task`.
@@ -40,13 +43,13 @@ class Habits {
  private:
   struct OfTask {
     std::array<std::optional<Usual>, 4> usual;
+    std::optional<Ticks> response;
     std::optional<Activator> activator;
     std::optional<std::vector<Part>> parts;
     std::optional<std::vector<Part>> partsUntil;  // of the one that activates it
   };
   template <class Pick>
   const Usual& Find(TaskIndex task, std::size_t which, double leastShare, Ticks leastDistance, Pick pick);
-  std::size_t NormalEnd(TaskIndex task);
 
   const Schedule& schedule_;
   const Schedule* good_;

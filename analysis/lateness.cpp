@@ -74,14 +74,9 @@ class Search {
   }
 
   void MarkChange() {
-    const Usual& response = habits_.Response(task_);
-    if (!response.changedAt || response.medianAfter < response.medianBefore) return;
-    std::size_t whole = 0;
-    for (std::size_t i = 0; i < jobs_.size(); ++i) {
-      if (!jobs_[i].isWhole) continue;
-      if (whole++ >= *response.changedAt && jobs_[i].Response() > response.medianBefore)
-        Mark(i, LateSign::change);
-    }
+    const Ticks normal = habits_.NormalResponse(task_);
+    for (std::size_t i = habits_.ChangeOf(task_); i < jobs_.size(); ++i)
+      if (jobs_[i].isWhole && jobs_[i].Response() > normal) Mark(i, LateSign::change);
   }
 
   void MarkConspicuous() {

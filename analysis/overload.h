@@ -3,12 +3,12 @@
 
 #include <vector>
 
-#include "schedule.h"
+#include "lateness.h"
 
 namespace analysis {
 
-// By time. A lane without a known idle task has nothing else to be told by: it is one such stretch as a
-// whole.
-std::vector<Stretch> FindBusyStretches(const Schedule& schedule);
+// By time. Without an idle task, and where the tasks ask for more than there is, that is the lane as a whole.
+std::vector<Stretch> FindBusyStretches(const Schedule& schedule, Habits& habits,
+                                       const std::vector<std::vector<Deadline>>& deadlines);
 
 }  // namespace analysis

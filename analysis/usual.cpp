@@ -12,7 +12,7 @@ constexpr std::size_t fewest = 8;
 constexpr double mostOutliers = 0.1;
 // A pattern of every n-th value: so often seen, and with n no larger, it is taken for meant. Something rare
 // that happens to come in equal distances is not.
-constexpr std::size_t fewestRepeats = 8;
+constexpr std::size_t fewestRepeats = 6;
 constexpr std::size_t longestPattern = 128;
 // A change for good: the sizes before and after differ by this factor, and few values lie on the wrong side.
 constexpr double leastChange = 1.25;
@@ -63,17 +63,19 @@ void FindChange(const std::vector<std::uint64_t>& values, Usual& usual) {
   const std::uint64_t large = Quantile(sorted, 0.9);
   if (static_cast<double>(large) < leastChange * static_cast<double>(small) || large <= small + 2) return;
   const std::uint64_t middle = small + (large - small) / 2;
-  std::int64_t balance = 0;  // of large values over small ones, so far
-  std::int64_t best = 0;
-  std::size_t at = 0;
+  // The balance of large over small ones is least where they begin to be large, and most where they cease.
+  std::int64_t balance = 0, least = 0, most = 0;
+  std::size_t leastAt = 0, mostAt = 0;
   for (std::size_t i = 0; i < count; ++i) {
     balance += values[i] > middle ? 1 : -1;
-    if (std::abs(balance) <= std::abs(best)) continue;
-    best = balance;
-    at = i + 1;
+    if (balance < least) leastAt = i + 1;
+    if (balance > most) mostAt = i + 1;
+    least = std::min(least, balance);
+    most = std::max(most, balance);
   }
+  const bool rises = balance - 2 * least > 2 * most - balance;
+  const std::size_t at = rises ? leastAt : mostAt;
   if (at < fewest || count - at < fewest) return;
-  const bool rises = best < 0;
   std::size_t wrong = 0;
   for (std::size_t i = 0; i < count; ++i) wrong += (values[i] > middle) != ((i >= at) == rises);
   if (static_cast<double>(wrong) > mostOnWrongSide * static_cast<double>(count)) return;
