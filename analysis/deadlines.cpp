@@ -67,6 +67,15 @@ std::vector<Raised> MostAtOneTime(std::vector<Raised> raised) {
   return {from, from + static_cast<std::ptrdiff_t>(bestCount)};
 }
 
+// A job that goes on may have the issue of each release that it makes impossible.
+std::size_t CountAtMultiples(const std::vector<Raised>& raised, Ticks length) {
+  const auto fits = [length](const Raised& one) {
+    const Ticks times = (one.elapsed + length / 2) / length;
+    return times > 0 && IsNear(one.elapsed, times * length);
+  };
+  return static_cast<std::size_t>(std::count_if(raised.begin(), raised.end(), fits));
+}
+
 struct Range {
   Ticks least = UINT64_MAX;
   Ticks most = 0;
@@ -97,10 +106,11 @@ bool IsAtOnePoint(const Schedule& schedule, TaskIndex by, SubjectIndex subject, 
 
 // Of two tasks in step with each other that is so of either. But a message does not ask whether the other is
 // late.
-bool IsMessage(const Schedule& schedule, TaskIndex task, const std::vector<Raised>& raised, std::size_t all) {
+bool IsMessage(const Schedule& schedule, TaskIndex task, const std::vector<Raised>& raised,
+               std::size_t fitting, std::size_t all) {
   const PastMark& first = schedule.Issues()[raised.front().issue];
   if (schedule.IsIdle(first.running)) return false;
-  if (first.running != task && raised.size() * 10 >= all * nearlyAll) return false;
+  if (first.running != task && fitting * 10 >= all * nearlyAll) return false;
   return IsAtOnePoint(schedule, first.running, first.subject, raised.back().elapsed - raised.front().elapsed);
 }
 
@@ -118,7 +128,7 @@ void AddCandidates(const Schedule& schedule, Habits& habits, TaskIndex task, con
   std::map<SubjectIndex, std::size_t> counts;
   for (const PastMark& issue : schedule.Issues()) ++counts[issue.subject];
   for (auto& [subject, all] : IssuesDuringJobs(schedule, task, taken)) {
-    std::vector<Raised> raised = MostAtOneTime(std::move(all));
+    std::vector<Raised> raised = MostAtOneTime(all);
     const Ticks length = raised.back().elapsed;
     const bool isPeriod = period > 0 && IsNear(length, period);
     if ((raised.size() < 2 && !isPeriod) || length < habits.Execution(task).median) continue;
@@ -126,7 +136,8 @@ void AddCandidates(const Schedule& schedule, Habits& habits, TaskIndex task, con
     for (const PastJob& job : schedule.JobsOf(task))
       longer += job.isWhole && job.Response() > length + length / partsOff + fewTicks;
     if (raised.size() * 10 < longer * mostHaveIt) continue;
-    if (!isPeriod && IsMessage(schedule, task, raised, counts[subject])) continue;
+    if (!isPeriod && IsMessage(schedule, task, raised, CountAtMultiples(all, length), counts[subject]))
+      continue;
     candidates.push_back({task, subject, std::move(raised)});
   }
 }

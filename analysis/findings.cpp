@@ -1,7 +1,9 @@
 #include "findings.h"
 
 #include <algorithm>
+#include <iterator>
 #include <map>
+#include <tuple>
 
 #include "overload.h"
 
@@ -11,6 +13,8 @@ namespace {
 // Of the jobs of a task in a busy stretch one in so many is late at least, where it is overloaded.
 constexpr std::size_t overloadedJobs = 10;
 constexpr std::size_t fewestOverloaded = 3;
+// A job that takes that part of the log and comes to no end.
+constexpr Ticks starvingPart = 4;
 // Two periods that beat bring several late jobs in a row, and one of those takes twice as long as half of
 // all.
 constexpr std::size_t shortestBeat = 3;
@@ -40,11 +44,15 @@ class Explainer {
   Explanation Run() {
     AddGaps();
     if (!question_.AsksForJobs()) FindOverload();
+    late_.resize(schedule_.TaskCount());
     for (TaskIndex task = 0; task < schedule_.TaskCount(); ++task) {
       if (schedule_.IsIdle(task)) continue;
       Count(task);
-      if (question_.task == noTask || question_.task == task) Group(task);
+      late_[task] = JobsToExplain(task);
     }
+    if (!question_.AsksForJobs()) PassOn();
+    for (TaskIndex task = 0; task < schedule_.TaskCount(); ++task)
+      if (question_.task == noTask || question_.task == task) Group(task);
     for (auto& [root, groups] : roots_) AddFinding(root, groups);
     std::stable_sort(result_.findings.begin(), result_.findings.end(), IsBefore);
     return std::move(result_);
@@ -118,6 +126,41 @@ class Explainer {
     return asked;
   }
 
+  // What a task activates that came late comes late as well, be it that its intervals vary too much to show
+  // it.
+  void PassOn() {
+    for (std::size_t step = 1; step < longestChain; ++step) {
+      bool any = false;
+      for (TaskIndex task = 0; task < schedule_.TaskCount(); ++task) {
+        const Activator by = schedule_.IsIdle(task) ? Activator() : habits_.ActivatorOf(task);
+        if (by.by == Activator::By::task && by.task != task) any |= PassOn(by.task, task);
+      }
+      if (!any) return;
+    }
+  }
+
+  bool PassOn(TaskIndex from, TaskIndex to) {
+    const std::vector<LateJob>& late = late_[to];
+    const std::vector<PastJob>& jobs = schedule_.JobsOf(to);
+    const auto isBefore = [](const LateJob& a, const LateJob& b) { return a.place < b.place; };
+    std::vector<LateJob> added;
+    for (const LateJob& one : late_[from]) {
+      if (!one.IsActivation()) continue;
+      const PastJob& job = schedule_.JobsOf(from)[one.place];
+      const Ticks excess = job.interval - habits_.Interval(from).median;
+      for (auto [i, last] = schedule_.JobsIn(to, {job.activation, job.end + 1}); i < last; ++i) {
+        const LateJob next{to, i, LateSign::interval, noSubject};
+        const bool isLate =
+            jobs[i].activator == from && jobs[i].interval > habits_.Interval(to).median + excess / 2;
+        if (isLate && !std::binary_search(late.begin(), late.end(), next, isBefore)) added.push_back(next);
+      }
+    }
+    std::vector<LateJob> all;
+    std::merge(late.begin(), late.end(), added.begin(), added.end(), std::back_inserter(all), isBefore);
+    late_[to] = std::move(all);
+    return !added.empty();
+  }
+
   bool IsOverloadedAt(Ticks time) const {
     return std::any_of(overloaded_.begin(), overloaded_.end(),
                        [time](const Stretch& one) { return time >= one.from && time <= one.to; });
@@ -144,7 +187,7 @@ class Explainer {
   }
 
   void Group(TaskIndex task) {
-    for (const LateJob& job : JobsToExplain(task)) {
+    for (const LateJob& job : late_[task]) {
       Cause cause = causes_.Of(job);
       if (cause.Excess() == 0) continue;
       if (job.IsCertain() && !cause.isAnomaly && IsOverloadedAt(schedule_.JobsOf(task)[job.place].activation))
@@ -247,9 +290,26 @@ class Explainer {
     finding.excess = group.excess;
     finding.cause = std::move(group.cause);
     finding.confidence = ConfidenceOf(finding, group);
+    if (root.first == CauseKind::overload) BlameStarving(finding);
     for (const auto& [task, other] : groups)
       if (task != finding.task) finding.alsoLate.push_back({task, other.jobs.size(), other.excess});
     result_.findings.push_back(std::move(finding));
+  }
+
+  // A task of still lower priority may have come to no end at all.
+  void BlameStarving(Finding& finding) const {
+    for (TaskIndex task = 0; task < schedule_.TaskCount(); ++task) {
+      const std::vector<PastJob>& jobs = schedule_.JobsOf(task);
+      const bool isLower = schedule_.PriorityOf(task) < schedule_.PriorityOf(finding.task);
+      if (schedule_.IsIdle(task) || !isLower || jobs.size() != 1 || jobs[0].isWhole) continue;
+      if (jobs[0].Response() * starvingPart < schedule_.Of().Length()) continue;
+      finding.task = task;
+      finding.job = {jobs[0].activation, jobs[0].end};
+      finding.occurrences = {finding.job};
+      finding.cause.normal = 0;
+      finding.cause.actual = finding.excess = jobs[0].Response();
+      finding.cause.parts.clear();
+    }
   }
 
   // The share of the lateness that the chain tells, less where meanings or few occurrences leave doubts.
@@ -268,6 +328,7 @@ class Explainer {
   Habits habits_;
   Causes causes_;
   std::vector<std::vector<Deadline>> deadlines_;  // by TaskIndex
+  std::vector<std::vector<LateJob>> late_;        // by TaskIndex
   std::vector<Stretch> busy_;
   std::vector<Stretch> overloaded_;
   std::map<Root, GroupsOfRoot> roots_;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <string_view>
 
 namespace analysis {
 namespace {
@@ -12,6 +13,8 @@ constexpr std::size_t mostSamples = 512;
 constexpr std::uint64_t percentOff = 20;
 constexpr std::uint64_t fewestIntervals = 10;
 // Outliers are so far from the rest: a share of the median.
+// So many jobs of a good log say what is normal.
+constexpr std::uint64_t fewestGood = 8;
 constexpr double leastLonger = 0.2;
 constexpr double leastLater = 0.03;
 
@@ -71,6 +74,33 @@ std::vector<Part> PartsIn(const Schedule& schedule, TaskIndex task, const Stretc
   return parts;
 }
 
+Habits::Habits(const Schedule& schedule, const Schedule* good)
+    : schedule_(schedule), tasks_(schedule.TaskCount()) {
+  if (!good) return;
+  good_ = std::make_unique<Habits>(*good);
+  inGood_.assign(schedule.TaskCount(), noTask);
+  ofGood_.assign(good->TaskCount(), noTask);
+  std::map<std::string_view, TaskIndex> names;
+  for (TaskIndex task = 0; task < good->TaskCount(); ++task)
+    names.emplace(good->Of().Tasks()[task].name, task);
+  for (TaskIndex task = 0; task < schedule.TaskCount(); ++task) {
+    const auto found = names.find(schedule.Of().Tasks()[task].name);
+    if (found == names.end()) continue;
+    inGood_[task] = found->second;
+    ofGood_[found->second] = task;
+  }
+}
+
+// The parts of a task of the good log, by the tasks of this one.
+std::vector<Part> Habits::Translated(const std::vector<Part>& good) const {
+  std::vector<Part> parts;
+  for (Part part : good) {
+    if (part.task != noTask) part.task = ofGood_[part.task];
+    if (part.task != noTask || part.kind == PartKind::dispatch) parts.push_back(part);
+  }
+  return parts;
+}
+
 template <class Pick>
 const Usual& Habits::Find(TaskIndex task, std::size_t which, double leastShare, Ticks leastDistance,
                           Pick pick) {
@@ -79,7 +109,11 @@ const Usual& Habits::Find(TaskIndex task, std::size_t which, double leastShare, 
   std::vector<std::uint64_t> values;
   for (const PastJob& job : schedule_.JobsOf(task))
     if (const auto value = pick(job)) values.push_back(*value);
-  return usual.emplace(FindUsual(values, leastShare, leastDistance));
+  usual = FindUsual(values, leastShare, leastDistance);
+  if (!AreOfGoodLog(task)) return *usual;
+  const Usual& good = good_->Find(inGood_[task], which, leastShare, leastDistance, pick);
+  if (good.count >= fewestGood) usual = Against(good, *usual, leastShare);
+  return *usual;
 }
 
 const Usual& Habits::Execution(TaskIndex task) {
@@ -135,6 +169,7 @@ std::size_t Habits::ChangeOf(TaskIndex task) {
 Ticks Habits::NormalResponse(TaskIndex task) {
   std::optional<Ticks>& response = tasks_[task].response;
   if (response) return *response;
+  if (AreOfGoodLog(task)) return response.emplace(Response(task).median);
   const std::size_t end = ChangeOf(task);
   std::vector<std::uint64_t> responses;
   for (std::size_t i = 0; i < end; ++i)
@@ -145,6 +180,7 @@ Ticks Habits::NormalResponse(TaskIndex task) {
 const std::vector<Part>& Habits::NormalParts(TaskIndex task) {
   std::optional<std::vector<Part>>& parts = tasks_[task].parts;
   if (parts) return *parts;
+  if (AreOfGoodLog(task)) return parts.emplace(Translated(good_->NormalParts(inGood_[task])));
   const std::vector<PastJob>& jobs = schedule_.JobsOf(task);
   const std::size_t end = ChangeOf(task);
   const std::size_t step = end / mostSamples + 1;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -19,8 +20,8 @@ std::vector<Part> PartsIn(const Schedule& schedule, TaskIndex task, const Stretc
 class Habits {
  public:
   // With a good log it says what is normal of the tasks that it has; both are borrowed.
-  explicit Habits(const Schedule& schedule, const Schedule* good = nullptr)
-      : schedule_(schedule), good_(good), tasks_(schedule.TaskCount()) {}
+  explicit Habits(const Schedule& schedule, const Schedule* good = nullptr);
+  bool AreOfGoodLog(TaskIndex task) const { return good_ && inGood_[task] != noTask; }
 
   // Of whole jobs, in the order of time.
   const Usual& Execution(TaskIndex task);  // of one cycle
@@ -48,11 +49,14 @@ class Habits {
     std::optional<std::vector<Part>> parts;
     std::optional<std::vector<Part>> partsUntil;  // of the one that activates it
   };
+  std::vector<Part> Translated(const std::vector<Part>& good) const;
   template <class Pick>
   const Usual& Find(TaskIndex task, std::size_t which, double leastShare, Ticks leastDistance, Pick pick);
 
   const Schedule& schedule_;
-  const Schedule* good_;
+  std::unique_ptr<Habits> good_;   // null: the lane itself says what is normal
+  std::vector<TaskIndex> inGood_;  // by TaskIndex
+  std::vector<TaskIndex> ofGood_;  // back, by that of the good log
   std::vector<OfTask> tasks_;
 };
 

@@ -90,7 +90,8 @@ class Search {
       return job.isWhole && (job.Response() > limit || response.IsHigh(job.Response()));
     };
     const auto count = static_cast<std::size_t>(std::count_if(jobs_.begin(), jobs_.end(), isBeyond));
-    if (static_cast<double>(count) > mostConspicuous * static_cast<double>(response.count)) return;
+    const bool isOften = static_cast<double>(count) > mostConspicuous * static_cast<double>(response.count);
+    if (isOften && !habits_.AreOfGoodLog(task_)) return;
     for (std::size_t i = 0; i < jobs_.size(); ++i)
       if (isBeyond(jobs_[i])) Mark(i, LateSign::response);
   }

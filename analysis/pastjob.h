@@ -14,7 +14,7 @@ struct PastJob {
   Ticks waiting;
   Ticks interval;            // from the activation before; 0: not known
   Ticks activatorExecution;  // see Job
-  std::uint32_t events;
+  std::uint32_t events;      // that may ask for another cycle
   TaskIndex activator;
   bool byEvent;
   bool startsAtOnce;  // within a tick of its activation

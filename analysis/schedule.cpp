@@ -18,9 +18,11 @@ class Schedule::Collector {
     to_.runTasks_.push_back(run.task);
     if (run.task != noTask) to_.runTimes_[run.task] += run.Length();
   }
+  // The end of a wait may be recorded as an event, too; that asks for no other cycle.
   void OnJob(const Job& job) {
+    const std::uint32_t events = job.events - std::min(job.events, job.waits);
     to_.jobs_[job.task].push_back({job.activation, job.end, job.execution, job.waiting,
-                                   job.hasInterval ? job.interval : 0, job.activatorExecution, job.events,
+                                   job.hasInterval ? job.interval : 0, job.activatorExecution, events,
                                    job.activator, job.byEvent, job.hasRun && job.StartLatency() <= 1,
                                    job.IsWhole(), job.cutBegin});
   }

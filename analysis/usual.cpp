@@ -105,12 +105,27 @@ Usual FindUsual(const std::vector<std::uint64_t>& values, double leastShare, std
   usual.quarter = Quantile(sorted, 0.25);
   usual.median = Quantile(sorted, 0.5);
   usual.threeQuarters = Quantile(sorted, 0.75);
-  usual.high = *std::max_element(values.begin(), values.end());
+  usual.high = usual.most = *std::max_element(values.begin(), values.end());
   if (values.size() < fewest) return usual;
   const auto share = static_cast<std::uint64_t>(leastShare * static_cast<double>(usual.median));
   FindOutliers(sorted, std::max(leastDistance, share), usual);
   usual.isRegular = AreRegular(values, usual);
   if (values.size() >= 2 * fewest) FindChange(values, usual);
+  return usual;
+}
+
+Usual Against(const Usual& good, const Usual& other, double leastShare) {
+  Usual usual = good;
+  const auto least = static_cast<std::uint64_t>(leastShare * static_cast<double>(good.median));
+  usual.cut = good.most + std::max({good.most - good.low, least, std::uint64_t{2}});
+  usual.isRegular = false;
+  usual.changedAt = other.changedAt;
+  usual.medianBefore = other.medianBefore;
+  usual.medianAfter = other.medianAfter;
+  if (other.median <= usual.cut) return usual;
+  usual.changedAt = 0;
+  usual.medianBefore = good.median;
+  usual.medianAfter = other.median;
   return usual;
 }
 

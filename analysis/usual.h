@@ -16,6 +16,7 @@ struct Usual {
   std::uint64_t median = 0;
   std::uint64_t threeQuarters = 0;
   std::uint64_t high = 0;  // the largest that is no outlier
+  std::uint64_t most = 0;
   std::uint64_t cut = UINT64_MAX;
   std::uint64_t outliers = 0;
   // The outliers come in every n-th place, often enough to be meant so.
@@ -31,6 +32,10 @@ struct Usual {
 // `values` are in order of time. What is nearer to the others than this share of the median, or than
 // `leastDistance`, is no outlier. Time: some passes, and sorting a tenth of the values.
 Usual FindUsual(const std::vector<std::uint64_t>& values, double leastShare, std::uint64_t leastDistance = 2);
+
+// What is usual by a good series, where another one is looked at: every value is an outlier that is further
+// beyond all good ones than those are from each other. Changes are those of the other.
+Usual Against(const Usual& good, const Usual& other, double leastShare);
 
 // Of the values, which are reordered; there must be some. The smallest that at least this share does not
 // exceed.
