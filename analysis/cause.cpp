@@ -1,6 +1,7 @@
 #include "cause.h"
 
 #include <algorithm>
+#include <map>
 
 namespace analysis {
 namespace {
@@ -16,36 +17,17 @@ double ShareOf(Ticks part, Ticks whole) {
 
 Ticks Beyond(Ticks actual, Ticks normal) { return actual > normal ? actual - normal : 0; }
 
-// When each part first came.
-void FindFirstTimes(const Schedule& schedule, TaskIndex task, const Stretch& stretch,
-                    std::vector<PartExcess>& parts) {
-  for (PartExcess& part : parts) part.first = stretch.to;
-  const std::vector<Stretch> waits = schedule.WaitsIn(task, stretch);
-  const auto set = [&parts](PartKind kind, TaskIndex by, Ticks time) {
-    for (PartExcess& part : parts)
-      if (part.kind == kind && (part.task == by || kind == PartKind::dispatch))
-        part.first = std::min(part.first, time);
-  };
-  if (!waits.empty()) set(PartKind::waiting, task, waits.front().from);
-  schedule.ForEachRun(stretch, [&](TaskIndex by, const Stretch& run) {
-    if (schedule.IsIdle(by)) return set(PartKind::dispatch, noTask, run.from);
-    for (PartExcess& part : parts)
-      if (part.task == by && part.kind != PartKind::waiting) part.first = std::min(part.first, run.from);
-  });
-}
-
 std::vector<PartExcess> Against(const std::vector<Part>& actual, const std::vector<Part>& normal) {
-  std::vector<PartExcess> parts;
-  for (const Part& part : actual) parts.push_back({part.kind, part.task, 0, part.ticks, 0});
+  std::map<std::pair<PartKind, TaskIndex>, PartExcess> parts;
+  for (const Part& part : actual) parts[{part.kind, part.task}] = {part.kind, part.task, 0, part.ticks, 0};
   for (const Part& part : normal) {
-    const auto same = [&](const PartExcess& one) { return one.kind == part.kind && one.task == part.task; };
-    const auto found = std::find_if(parts.begin(), parts.end(), same);
-    if (found == parts.end())
-      parts.push_back({part.kind, part.task, part.ticks, 0, 0});
-    else
-      found->normal = part.ticks;
+    PartExcess& one =
+        parts.try_emplace({part.kind, part.task}, PartExcess{part.kind, part.task, 0, 0, 0}).first->second;
+    one.normal = part.ticks;
   }
-  return parts;
+  std::vector<PartExcess> all;
+  for (const auto& [who, part] : parts) all.push_back(part);
+  return all;
 }
 
 }  // namespace
@@ -81,10 +63,22 @@ Cause Causes::Of(const LateJob& late) {
       DelayOf(late.task, {job.activation, job.end}, habits_.NormalParts(late.task), cause.normal);
   Follow(delay, cause);
   cause.parts = delay.parts;
-  FindFirstTimes(schedule_, late.task, delay.stretch, cause.parts);
-  std::stable_sort(cause.parts.begin(), cause.parts.end(),
-                   [](const PartExcess& a, const PartExcess& b) { return a.first < b.first; });
   return cause;
+}
+
+void Causes::OrderParts(TaskIndex task, const Stretch& job, std::vector<PartExcess>& parts) const {
+  std::map<TaskIndex, Ticks> firsts;  // idle and unknown time under `noTask`
+  schedule_.ForEachRun(job, [&](TaskIndex by, const Stretch& run) {
+    firsts.try_emplace(schedule_.IsIdle(by) ? noTask : by, run.from);
+  });
+  const std::vector<Stretch> waits = schedule_.WaitsIn(task, job);
+  for (PartExcess& part : parts) {
+    const auto found = firsts.find(part.task);
+    part.first = found == firsts.end() ? job.to : found->second;
+    if (part.kind == PartKind::waiting) part.first = waits.empty() ? job.to : waits.front().from;
+  }
+  std::stable_sort(parts.begin(), parts.end(),
+                   [](const PartExcess& a, const PartExcess& b) { return a.first < b.first; });
 }
 
 Causes::Delay Causes::DelayOf(TaskIndex task, const Stretch& stretch, const std::vector<Part>& normal,

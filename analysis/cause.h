@@ -61,7 +61,7 @@ struct Cause {
   Ticks actual = 0;
   std::vector<Link> chain;        // from the direct cause to the root, never empty
   std::vector<Link> also;         // parts that grew nearly as much as the first
-  std::vector<PartExcess> parts;  // in the order of time; not for a job that came late
+  std::vector<PartExcess> parts;  // not for a job that came late
   // The root is out of the ordinary by itself, and not two usual things that met.
   bool isAnomaly = false;
 
@@ -74,6 +74,8 @@ class Causes {
   Causes(const Schedule& schedule, Habits& habits) : schedule_(schedule), habits_(habits) {}
 
   Cause Of(const LateJob& late);
+  // Puts the parts of a job into the order in which they came first.
+  void OrderParts(TaskIndex task, const Stretch& job, std::vector<PartExcess>& parts) const;
 
  private:
   // A stretch of a job from its activation on, against what is normal for it.

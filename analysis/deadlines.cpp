@@ -21,6 +21,9 @@ constexpr Ticks partsOff = 400;
 constexpr std::size_t mostHaveIt = 8;
 // Of the issues, so many in ten come during late jobs of the task.
 constexpr std::size_t nearlyAll = 9;
+// So many jobs with an issue are enough to tell, of each task; so many issues to tell a message.
+constexpr std::size_t mostPairs = 65536;
+constexpr std::size_t mostSamples = 256;
 
 bool IsNear(Ticks one, Ticks other) {
   const Ticks distance = one > other ? one - other : other - one;
@@ -36,17 +39,22 @@ Ticks ExecutedBy(const Schedule& schedule, TaskIndex task, const Stretch& until)
 // By their places among the issues of the lane.
 using RaisedBySubject = std::map<SubjectIndex, std::vector<Raised>>;
 
-RaisedBySubject IssuesDuringJobs(const Schedule& schedule, TaskIndex task, const std::vector<bool>& taken) {
+// `end` becomes the place behind the last job that was looked at.
+RaisedBySubject IssuesDuringJobs(const Schedule& schedule, TaskIndex task, std::size_t& end) {
   RaisedBySubject all;
+  std::size_t pairs = 0;
   const std::vector<PastMark>& issues = schedule.Issues();
   std::size_t issue = 0;
   const std::vector<PastJob>& jobs = schedule.JobsOf(task);
+  end = jobs.size();
   for (std::size_t place = 0; place < jobs.size() && issue < issues.size(); ++place) {
     const PastJob& job = jobs[place];
+    if (pairs >= mostPairs) return end = place, all;
     while (issue < issues.size() && issues[issue].time <= job.activation) ++issue;
     if (job.cutBegin) continue;
-    for (std::size_t one = issue; one < issues.size() && issues[one].time <= job.end; ++one)
-      if (!taken[one]) all[issues[one].subject].push_back({one, place, issues[one].time - job.activation});
+    for (std::size_t one = issue; one < issues.size() && issues[one].time <= job.end && pairs < mostPairs;
+         ++one, ++pairs)
+      all[issues[one].subject].push_back({one, place, issues[one].time - job.activation});
   }
   return all;
 }
@@ -91,17 +99,18 @@ struct Range {
 // then.
 bool IsAtOnePoint(const Schedule& schedule, TaskIndex by, SubjectIndex subject, Ticks room) {
   Range executed;
-  std::size_t all = 0, withIt = 0;
+  std::size_t all = 0, looked = 0, withIt = 0;
+  std::size_t step = 1;  // the more there are, the fewer are looked at
   for (const PastMark& issue : schedule.Issues()) {
-    if (issue.subject != subject) continue;
-    ++all;
+    if (issue.subject != subject || all++ % step != 0) continue;
+    if (++looked % mostSamples == 0) step *= 2;
     const PastJob* job = issue.running == by ? schedule.JobAt(by, issue.time) : nullptr;
     if (!job) continue;
     ++withIt;
     executed.Add(ExecutedBy(schedule, by, {job->activation, issue.time}));
     if (executed.least <= fewTicks || executed.Width() > room + fewTicks) return false;
   }
-  return withIt * 2 > all;
+  return withIt * 2 > looked;
 }
 
 // Of two tasks in step with each other that is so of either. But a message does not ask whether the other is
@@ -121,20 +130,22 @@ struct Candidate {
   Ticks Length() const { return raised.front().elapsed; }
 };
 
-// The best deadline that the issues not yet taken show of the task, if they show any.
-void AddCandidates(const Schedule& schedule, Habits& habits, TaskIndex task, const std::vector<bool>& taken,
+using Counts = std::map<SubjectIndex, std::size_t>;
+
+// The best deadline of the task that each kind of issue shows, if it shows any.
+void AddCandidates(const Schedule& schedule, Habits& habits, TaskIndex task, Counts& counts,
                    std::vector<Candidate>& candidates) {
   const Ticks period = habits.PeriodOf(task);
-  std::map<SubjectIndex, std::size_t> counts;
-  for (const PastMark& issue : schedule.Issues()) ++counts[issue.subject];
-  for (auto& [subject, all] : IssuesDuringJobs(schedule, task, taken)) {
+  const std::vector<PastJob>& jobs = schedule.JobsOf(task);
+  std::size_t end = 0;
+  for (auto& [subject, all] : IssuesDuringJobs(schedule, task, end)) {
     std::vector<Raised> raised = MostAtOneTime(all);
     const Ticks length = raised.back().elapsed;
     const bool isPeriod = period > 0 && IsNear(length, period);
     if ((raised.size() < 2 && !isPeriod) || length < habits.Execution(task).median) continue;
     std::size_t longer = 0;
-    for (const PastJob& job : schedule.JobsOf(task))
-      longer += job.isWhole && job.Response() > length + length / partsOff + fewTicks;
+    for (std::size_t i = 0; i < end; ++i)
+      longer += jobs[i].isWhole && jobs[i].Response() > length + length / partsOff + fewTicks;
     if (raised.size() * 10 < longer * mostHaveIt) continue;
     if (!isPeriod && IsMessage(schedule, task, raised, CountAtMultiples(all, length), counts[subject]))
       continue;
@@ -152,8 +163,10 @@ std::vector<std::vector<Deadline>> FindDeadlines(const Schedule& schedule, Habit
   std::vector<bool> taken(schedule.Issues().size());
   std::vector<Candidate> candidates;
   if (taken.empty()) return deadlines;
+  Counts counts;
+  for (const PastMark& issue : schedule.Issues()) ++counts[issue.subject];
   for (TaskIndex task = 0; task < schedule.TaskCount(); ++task)
-    if (!schedule.IsIdle(task)) AddCandidates(schedule, habits, task, taken, candidates);
+    if (!schedule.IsIdle(task)) AddCandidates(schedule, habits, task, counts, candidates);
   std::stable_sort(candidates.begin(), candidates.end(), [](const Candidate& a, const Candidate& b) {
     return a.raised.size() != b.raised.size() ? a.raised.size() > b.raised.size() : a.Length() < b.Length();
   });

@@ -1,18 +1,12 @@
 #include "findings.h"
 
 #include <algorithm>
-#include <iterator>
 #include <map>
 #include <tuple>
-
-#include "overload.h"
 
 namespace analysis {
 namespace {
 
-// Of the jobs of a task in a busy stretch one in so many is late at least, where it is overloaded.
-constexpr std::size_t overloadedJobs = 10;
-constexpr std::size_t fewestOverloaded = 3;
 // A job that takes that part of the log and comes to no end.
 constexpr Ticks starvingPart = 4;
 // Two periods that beat bring several late jobs in a row, and one of those takes twice as long as half of
@@ -43,16 +37,12 @@ class Explainer {
 
   Explanation Run() {
     AddGaps();
-    if (!question_.AsksForJobs()) FindOverload();
-    late_.resize(schedule_.TaskCount());
+    suspects_ = FindSuspects(schedule_, habits_, question_);
+    result_.asked = suspects_.asked;
     for (TaskIndex task = 0; task < schedule_.TaskCount(); ++task) {
-      if (schedule_.IsIdle(task)) continue;
       Count(task);
-      late_[task] = JobsToExplain(task);
-    }
-    if (!question_.AsksForJobs()) PassOn();
-    for (TaskIndex task = 0; task < schedule_.TaskCount(); ++task)
       if (question_.task == noTask || question_.task == task) Group(task);
+    }
     for (auto& [root, groups] : roots_) AddFinding(root, groups);
     std::stable_sort(result_.findings.begin(), result_.findings.end(), IsBefore);
     return std::move(result_);
@@ -97,100 +87,12 @@ class Explainer {
     result_.findings.push_back(std::move(finding));
   }
 
-  // ---- Which jobs ----
-
-  bool IsAskedFor(const PastJob& job) const {
-    if (!job.isWhole) return false;
-    if (question_.over && job.Response() <= *question_.over) return false;
-    if (question_.at && (job.activation > *question_.at || job.end < *question_.at)) return false;
-    if (question_.issues.empty()) return true;
-    const auto issue = std::partition_point(schedule_.Issues().begin(), schedule_.Issues().end(),
-                                            [&](const PastMark& one) { return one.time < job.activation; });
-    for (auto one = issue; one != schedule_.Issues().end() && one->time <= job.end; ++one)
-      if (std::find(question_.issues.begin(), question_.issues.end(), one->subject) != question_.issues.end())
-        return true;
-    return false;
-  }
-
-  std::vector<LateJob> JobsToExplain(TaskIndex task) {
-    if (!question_.AsksForJobs())
-      return FindLateJobs(schedule_, habits_, task, deadlines_[task], overloaded_.empty());
-    std::vector<LateJob> asked;
-    const std::vector<PastJob>& jobs = schedule_.JobsOf(task);
-    for (std::size_t i = 0; i < jobs.size(); ++i)
-      if (IsAskedFor(jobs[i])) asked.push_back({task, i, LateSign::asked, noSubject});
-    result_.asked += asked.size();
-    std::erase_if(asked, [&](const LateJob& late) {
-      return jobs[late.place].Response() <= habits_.Response(task).threeQuarters;
-    });
-    return asked;
-  }
-
-  // What a task activates that came late comes late as well, be it that its intervals vary too much to show
-  // it.
-  void PassOn() {
-    for (std::size_t step = 1; step < longestChain; ++step) {
-      bool any = false;
-      for (TaskIndex task = 0; task < schedule_.TaskCount(); ++task) {
-        const Activator by = schedule_.IsIdle(task) ? Activator() : habits_.ActivatorOf(task);
-        if (by.by == Activator::By::task && by.task != task) any |= PassOn(by.task, task);
-      }
-      if (!any) return;
-    }
-  }
-
-  bool PassOn(TaskIndex from, TaskIndex to) {
-    const std::vector<LateJob>& late = late_[to];
-    const std::vector<PastJob>& jobs = schedule_.JobsOf(to);
-    const auto isBefore = [](const LateJob& a, const LateJob& b) { return a.place < b.place; };
-    std::vector<LateJob> added;
-    for (const LateJob& one : late_[from]) {
-      if (!one.IsActivation()) continue;
-      const PastJob& job = schedule_.JobsOf(from)[one.place];
-      const Ticks excess = job.interval - habits_.Interval(from).median;
-      for (auto [i, last] = schedule_.JobsIn(to, {job.activation, job.end + 1}); i < last; ++i) {
-        const LateJob next{to, i, LateSign::interval, noSubject};
-        const bool isLate =
-            jobs[i].activator == from && jobs[i].interval > habits_.Interval(to).median + excess / 2;
-        if (isLate && !std::binary_search(late.begin(), late.end(), next, isBefore)) added.push_back(next);
-      }
-    }
-    std::vector<LateJob> all;
-    std::merge(late.begin(), late.end(), added.begin(), added.end(), std::back_inserter(all), isBefore);
-    late_[to] = std::move(all);
-    return !added.empty();
-  }
-
-  bool IsOverloadedAt(Ticks time) const {
-    return std::any_of(overloaded_.begin(), overloaded_.end(),
-                       [time](const Stretch& one) { return time >= one.from && time <= one.to; });
-  }
-
-  void FindOverload() {
-    deadlines_ = FindDeadlines(schedule_, habits_);
-    busy_ = FindBusyStretches(schedule_, habits_, deadlines_);
-    for (TaskIndex task = 0; task < schedule_.TaskCount() && !busy_.empty(); ++task)
-      if (!schedule_.IsIdle(task)) FindOverload(task);
-  }
-
-  // Where the lane has no time to spare and a task misses its time again and again.
-  void FindOverload(TaskIndex task) {
-    const std::vector<LateJob> late = FindLateJobs(schedule_, habits_, task, deadlines_[task], false);
-    for (const Stretch& busy : busy_) {
-      const auto [first, last] = schedule_.JobsIn(task, busy);
-      std::size_t certain = 0;
-      for (const LateJob& one : late) certain += one.IsCertain() && one.place >= first && one.place < last;
-      if (certain >= fewestOverloaded && certain * overloadedJobs >= last - first &&
-          !IsOverloadedAt(busy.from))
-        overloaded_.push_back(busy);
-    }
-  }
-
   void Group(TaskIndex task) {
-    for (const LateJob& job : late_[task]) {
+    for (const LateJob& job : suspects_.late[task]) {
       Cause cause = causes_.Of(job);
       if (cause.Excess() == 0) continue;
-      if (job.IsCertain() && !cause.isAnomaly && IsOverloadedAt(schedule_.JobsOf(task)[job.place].activation))
+      if (job.IsCertain() && !cause.isAnomaly &&
+          suspects_.IsOverloadedAt(schedule_.JobsOf(task)[job.place].activation))
         BlameLane(cause);
       Take(job, std::move(cause));
     }
@@ -289,6 +191,7 @@ class Explainer {
     if (group.changes * 2 > group.jobs.size()) finding.since = finding.occurrences.front().activation;
     finding.excess = group.excess;
     finding.cause = std::move(group.cause);
+    causes_.OrderParts(finding.task, {worst.activation, worst.end}, finding.cause.parts);
     finding.confidence = ConfidenceOf(finding, group);
     if (root.first == CauseKind::overload) BlameStarving(finding);
     for (const auto& [task, other] : groups)
@@ -327,10 +230,7 @@ class Explainer {
   const Question& question_;
   Habits habits_;
   Causes causes_;
-  std::vector<std::vector<Deadline>> deadlines_;  // by TaskIndex
-  std::vector<std::vector<LateJob>> late_;        // by TaskIndex
-  std::vector<Stretch> busy_;
-  std::vector<Stretch> overloaded_;
+  Suspects suspects_;
   std::map<Root, GroupsOfRoot> roots_;
   Explanation result_;
 };

@@ -2,10 +2,10 @@
 #pragma once
 
 #include <optional>
-#include <string>
 #include <vector>
 
 #include "cause.h"
+#include "suspects.h"
 
 namespace analysis {
 
@@ -33,15 +33,6 @@ struct Finding {
   Ticks excess = 0;            // of all occurrences
   double confidence = 0;       // 0 to 1
   bool IsCertain() const { return sign <= LateSign::issue; }
-};
-
-// What to look for; without any it is looked for by itself.
-struct Question {
-  TaskIndex task = noTask;           // only of this one
-  std::optional<Ticks> at;           // jobs under way then
-  std::vector<SubjectIndex> issues;  // jobs under way when one of these is raised
-  std::optional<Ticks> over;         // jobs whose response is longer
-  bool AsksForJobs() const { return at || !issues.empty() || over; }
 };
 
 struct Explanation {

@@ -35,40 +35,37 @@ void Add(PartsByWho& to, const std::vector<Part>& parts) {
   for (const Part& part : parts) to[{part.kind, part.task}].push_back(part.ticks);
 }
 
-Ticks Overlap(const std::vector<Stretch>& stretches, const Stretch& with) {
-  Ticks sum = 0;
-  for (const Stretch& one : stretches) {
-    const Ticks from = std::max(one.from, with.from);
-    const Ticks to = std::min(one.to, with.to);
-    if (to > from) sum += to - from;
-  }
-  return sum;
+PartKind KindOf(const Schedule& schedule, TaskIndex of, TaskIndex by) {
+  const std::uint32_t own = schedule.PriorityOf(of);
+  const std::uint32_t other = schedule.PriorityOf(by);
+  return other > own ? PartKind::preemption : other < own ? PartKind::blocking : PartKind::sharing;
 }
 
 }  // namespace
 
 std::vector<Part> PartsIn(const Schedule& schedule, TaskIndex task, const Stretch& stretch) {
-  std::vector<Part> parts{{PartKind::execution, task, 0}};
-  Ticks dispatch = 0;
   const std::vector<Stretch> waits = schedule.WaitsIn(task, stretch);
-  Ticks waiting = 0;
+  Ticks execution = 0, dispatch = 0, waiting = 0;
   for (const Stretch& wait : waits) waiting += wait.Length();
-  const auto add = [&](TaskIndex by, Ticks ticks) {
-    const std::uint32_t own = schedule.PriorityOf(task);
-    const std::uint32_t other = schedule.PriorityOf(by);
-    const PartKind kind = other > own   ? PartKind::preemption
-                          : other < own ? PartKind::blocking
-                                        : PartKind::sharing;
-    for (std::size_t i = 1; i < parts.size(); ++i)
-      if (parts[i].task == by) return void(parts[i].ticks += ticks);
-    parts.push_back({kind, by, ticks});
-  };
+  std::vector<std::pair<TaskIndex, Ticks>> shares;
+  auto wait = waits.begin();
   schedule.ForEachRun(stretch, [&](TaskIndex by, const Stretch& run) {
-    if (by == task) return void(parts[0].ticks += run.Length());
-    const Ticks ready = run.Length() - (waits.empty() ? 0 : Overlap(waits, run));
-    if (ready == 0) return;
-    schedule.IsIdle(by) ? void(dispatch += ready) : add(by, ready);
+    if (by == task) return void(execution += run.Length());
+    Ticks ready = run.Length();
+    while (wait != waits.end() && wait->to <= run.from) ++wait;
+    for (auto one = wait; one != waits.end() && one->from < run.to; ++one)
+      ready -= std::min(one->to, run.to) - std::max(one->from, run.from);
+    if (schedule.IsIdle(by)) return void(dispatch += ready);
+    if (ready > 0) shares.emplace_back(by, ready);
   });
+  std::sort(shares.begin(), shares.end());
+  std::vector<Part> parts{{PartKind::execution, task, execution}};
+  for (const auto& [by, ticks] : shares) {
+    if (parts.size() > 1 && parts.back().task == by)
+      parts.back().ticks += ticks;
+    else
+      parts.push_back({KindOf(schedule, task, by), by, ticks});
+  }
   if (dispatch > 0) parts.push_back({PartKind::dispatch, noTask, dispatch});
   if (waiting > 0) parts.push_back({PartKind::waiting, task, waiting});
   return parts;

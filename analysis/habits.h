@@ -13,8 +13,8 @@
 
 namespace analysis {
 
-// What a job does between its activation and `stretch.to`: execution first, then who else had the processor,
-// each in the order of its first run, dispatch and waiting.
+// What a job does in a stretch: execution first, then who else had the processor, by task, dispatch and
+// waiting.
 std::vector<Part> PartsIn(const Schedule& schedule, TaskIndex task, const Stretch& stretch);
 
 class Habits {
