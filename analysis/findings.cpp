@@ -193,10 +193,20 @@ class Explainer {
     finding.cause = std::move(group.cause);
     causes_.OrderParts(finding.task, {worst.activation, worst.end}, finding.cause.parts);
     finding.confidence = ConfidenceOf(finding, group);
-    if (root.first == CauseKind::overload) BlameStarving(finding);
+    if (root.first == CauseKind::overload) {
+      finding.since = OverloadedSince();
+      BlameStarving(finding);
+    }
     for (const auto& [task, other] : groups)
       if (task != finding.task) finding.alsoLate.push_back({task, other.jobs.size(), other.excess});
     result_.findings.push_back(std::move(finding));
+  }
+
+  // Where the last overload did not begin with the log and did not end before it.
+  std::optional<Ticks> OverloadedSince() const {
+    const Stretch& last = suspects_.overloaded.back();
+    const bool forGood = last.from > schedule_.Of().StartTime() && last.to == schedule_.Of().StopTime();
+    return forGood ? std::optional(last.from) : std::nullopt;
   }
 
   // A task of still lower priority may have come to no end at all.

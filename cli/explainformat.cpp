@@ -1,5 +1,6 @@
 #include "explainformat.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "explainwords.h"
@@ -21,15 +22,23 @@ void Print(fmt::memory_buffer& out, fmt::format_string<Args...> format, Args&&..
   fmt::format_to(fmt::appender(out), format, std::forward<Args>(args)...);
 }
 
+// So many bytes of a word fit into a line of its own; characters stay whole.
+std::size_t LongestWord(std::string_view text, std::size_t indent) {
+  std::size_t bytes = TextTable::widestLine - indent;
+  while (bytes > 1 && bytes < text.size() && (static_cast<unsigned char>(text[bytes]) & 0xC0) == 0x80)
+    --bytes;
+  return bytes;
+}
+
 // Words in lines of at most 100 columns, those behind the first indented.
 void Wrap(fmt::memory_buffer& out, std::string_view first, std::string_view text) {
   const std::string indent(DisplayWidth(first), ' ');
   std::string line(first);
   bool empty = true;
   while (!text.empty()) {
-    const std::size_t end = std::min(text.find(' '), text.size());
+    const std::size_t end = std::min({text.find(' '), text.size(), LongestWord(text, indent.size())});
     const std::string_view word = text.substr(0, end);
-    text.remove_prefix(std::min(end + 1, text.size()));
+    text.remove_prefix(end + (end < text.size() && text[end] == ' '));
     if (!empty && DisplayWidth(line) + 1 + DisplayWidth(word) > TextTable::widestLine) {
       Print(out, "{}\n", line);
       line = indent;
@@ -63,7 +72,7 @@ class ExplainText : public ExplainFormat {
         fmt::format("{} jobs of {} tasks in {}", lane.explanation.jobs, lane.explanation.tasks,
                     ShortLength(lane.source, lane.source.lane.Length()));
     if (lane.question.AsksForJobs())
-      return fmt::format("None of the {} jobs asked for took longer than is normal; looked at {}.",
+      return fmt::format("No job that was asked for took longer than is normal, of {}; looked at {}.",
                          lane.explanation.asked, looked);
     return fmt::format(
         "Nothing was late: looked at {}, at their responses and activations, at timing issues and at the "

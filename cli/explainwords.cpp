@@ -31,7 +31,8 @@ std::string Stretch(const AnalysedLane& lane, const Link& link) {
 std::string MoreOften(const AnalysedLane& lane, const Link& link, const std::string& who) {
   const std::string by =
       link.activator == noTask ? "" : fmt::format(", activated by {}", TaskName(lane, link.activator));
-  if (link.count <= link.normalCount) return fmt::format("{} ran more often than before{}", who, by);
+  if (link.count <= link.normalCount)
+    return fmt::format("{} ran more often than it normally does{}", who, by);
   return fmt::format("{} ran {} jobs where its period leaves room for {}{}", who, link.count,
                      link.normalCount, by);
 }
@@ -88,7 +89,7 @@ std::string LinkText(const AnalysedLane& lane, const Link& link) {
     case CauseKind::preemptionLonger:
       return fmt::format("{}, of higher priority, had the processor for {} in place of {}, in longer jobs",
                          task, actual, normal);
-    case CauseKind::preemptionMoreOften: return MoreOften(lane, link, task);
+    case CauseKind::preemptionMoreOften: return MoreOften(lane, link, task + ", of higher priority,");
     case CauseKind::preemptionCoincidence:
       return fmt::format("{} came at the same time and had the processor for {} in place of {}", task, actual,
                          normal);
