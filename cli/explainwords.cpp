@@ -70,9 +70,11 @@ std::string Symptom(const AnalysedLane& lane, const Finding& finding) {
 
 std::string ShortLength(const AnalysedLane& lane, std::uint64_t ticks) {
   if (!lane.time.HasSeconds()) return fmt::format("{} ticks", ticks);
+  // What three digits round up to the next unit is written in that one.
   const double seconds = static_cast<double>(ticks) / static_cast<double>(lane.lane.TicksPerSecond());
-  if (seconds >= 1) return fmt::format("{:.3g} s", seconds);
-  if (seconds >= 1e-3) return fmt::format("{:.3g} ms", seconds * 1e3);
+  if (seconds >= 999.5) return fmt::format("{:.0f} s", seconds);
+  if (seconds >= 0.9995) return fmt::format("{:.3g} s", seconds);
+  if (seconds >= 0.9995e-3) return fmt::format("{:.3g} ms", seconds * 1e3);
   return fmt::format("{:.3g} us", seconds * 1e6);
 }
 
