@@ -136,9 +136,10 @@ std::string PartText(const AnalysedLane& lane, const analysis::PartExcess& part)
 }
 
 std::string Certainty(const AnalysedLane& lane, const Finding& finding) {
-  std::string text = fmt::format("{:.0f} %", finding.confidence * 100);
   const Link& root = finding.cause.Root();
-  if (root.kind != CauseKind::unknown && root.kind != CauseKind::lostRecords)
+  const bool isUnknown = root.kind == CauseKind::unknown;
+  std::string text = isUnknown ? "not at all" : fmt::format("{:.0f} %", finding.confidence * 100);
+  if (!isUnknown && root.kind != CauseKind::lostRecords)
     text += fmt::format("; the cause is {:.0f} % of the excess", root.share * 100);
   if (finding.occurrences.size() == 1 && root.kind != CauseKind::lostRecords) text += "; seen once only";
   if (!lane.conventions.meanings.AreKnown())
