@@ -66,6 +66,13 @@ Cause Causes::Of(const LateJob& late) {
   return cause;
 }
 
+void Causes::Complete(TaskIndex task, const Stretch& job, Cause& cause) const {
+  for (std::vector<Link>* links : {&cause.chain, &cause.also})
+    for (Link& link : *links)
+      if (link.kind == CauseKind::execution) FindGrownStretch(link);
+  OrderParts(task, job, cause.parts);
+}
+
 void Causes::OrderParts(TaskIndex task, const Stretch& job, std::vector<PartExcess>& parts) const {
   std::map<TaskIndex, Ticks> firsts;  // idle and unknown time under `noTask`
   schedule_.ForEachRun(job, [&](TaskIndex by, const Stretch& run) {
@@ -158,7 +165,6 @@ void Causes::FollowExecution(const Delay& delay, const PartExcess& part, Cause& 
   link.count = job ? job->events + 1 : 1;
   const bool isChanged = usual.changedAt && part.actual > usual.medianBefore + usual.medianBefore / 8;
   cause.isAnomaly = isUsualCycle || isChanged || (job && usual.IsHigh(job->ExecutionOfCycle()));
-  if (!isUsualCycle) FindGrownStretch(link);
   cause.chain.push_back(link);
 }
 

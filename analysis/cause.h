@@ -1,6 +1,7 @@
 // Why a job was late: the part of it that grew, and what made that part grow, as far as it can be told.
 #pragma once
 
+#include <map>
 #include <string_view>
 #include <vector>
 
@@ -74,8 +75,8 @@ class Causes {
   Causes(const Schedule& schedule, Habits& habits) : schedule_(schedule), habits_(habits) {}
 
   Cause Of(const LateJob& late);
-  // Puts the parts of a job into the order in which they came first.
-  void OrderParts(TaskIndex task, const Stretch& job, std::vector<PartExcess>& parts) const;
+  // Adds what is told of a finding alone: the stretches that grew, and the parts in the order of time.
+  void Complete(TaskIndex task, const Stretch& job, Cause& cause) const;
 
  private:
   // A stretch of a job from its activation on, against what is normal for it.
@@ -94,6 +95,12 @@ class Causes {
     std::vector<Part> others;
   };
 
+  // The lengths of all waits of a task, sorted, and of those at whose end some task ran.
+  struct WaitEnds {
+    std::vector<Ticks> all;
+    std::map<TaskIndex, std::vector<Ticks>> byHolder;
+  };
+
   Delay DelayOf(TaskIndex task, const Stretch& stretch, const std::vector<Part>& normal, Ticks normalLength);
   void Follow(const Delay& delay, Cause& cause);
   void FollowPart(const Delay& delay, const PartExcess& part, Cause& cause);
@@ -102,6 +109,8 @@ class Causes {
   void FollowSharing(const Delay& delay, const PartExcess& part, Cause& cause);
   void FollowWaiting(const Delay& delay, const PartExcess& part, Cause& cause);
   Waiter LookAtWait(const Stretch& wait) const;
+  WaitEnds LookAtWaitsOf(TaskIndex task) const;
+  bool EndsWithHolder(TaskIndex task, TaskIndex holder, Ticks length);
   void FollowHolder(const Waiter& seen, const PastJob& holding, const Stretch& wait, Ticks excess,
                     Cause& cause);
   void FollowActivation(TaskIndex task, std::size_t place, Cause& cause);
@@ -110,10 +119,12 @@ class Causes {
   Link MakeLink(CauseKind kind, TaskIndex task, Ticks excess, const Stretch& stretch,
                 const Cause& cause) const;
   void FindGrownStretch(Link& link) const;
+  void OrderParts(TaskIndex task, const Stretch& job, std::vector<PartExcess>& parts) const;
   bool IsWithin(const Cause& cause) const;
 
   const Schedule& schedule_;
   Habits& habits_;
+  std::map<TaskIndex, WaitEnds> waitEnds_;  // of tasks that were asked for
 };
 
 }  // namespace analysis

@@ -25,10 +25,8 @@ struct RunsOfJobs {
   Ticks longestBy = 0;
 };
 
-}  // namespace
-
 // Whether the jobs of a task that had a part in a stretch were longer than usual.
-static RunsOfJobs LookAtJobs(const Schedule& schedule, TaskIndex task, const Stretch& stretch, Ticks usual) {
+RunsOfJobs LookAtJobs(const Schedule& schedule, TaskIndex task, const Stretch& stretch, Ticks usual) {
   RunsOfJobs result;
   const auto [first, last] = schedule.JobsIn(task, stretch);
   const std::vector<PastJob>& jobs = schedule.JobsOf(task);
@@ -54,13 +52,14 @@ static RunsOfJobs LookAtJobs(const Schedule& schedule, TaskIndex task, const Str
   return result;
 }
 
+}  // namespace
+
 void Causes::AddLongJob(TaskIndex task, const PastJob& job, Ticks excess, Cause& cause) {
   const Usual& usual = habits_.Execution(task);
   Link link = MakeLink(CauseKind::execution, task, excess, {job.activation, job.end}, cause);
   link.normal = usual.changedAt ? usual.medianBefore : usual.median;
   link.actual = job.execution;
   link.normalCount = link.count = 1;
-  FindGrownStretch(link);
   cause.chain.push_back(link);
   const bool isChanged = usual.changedAt && job.execution > usual.medianBefore + usual.medianBefore / 8;
   cause.isAnomaly = usual.IsHigh(job.ExecutionOfCycle()) || isChanged;

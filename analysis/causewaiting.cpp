@@ -10,18 +10,17 @@ namespace {
 // A task that holds a lock goes on whenever it can: during such a wait the processor is hardly idle.
 constexpr Ticks leastBusy = 10;  // one part in so many may be idle
 // The same task ran at the end of so many in four of the long waits.
-constexpr std::size_t threeInFour = 3;
+constexpr std::ptrdiff_t threeInFour = 3;
 // Another task kept the holder from going on if it ran that many times more than it does all over the log.
 constexpr double muchMoreThanUsual = 2;
 
 }  // namespace
 
 Causes::Waiter Causes::LookAtWait(const Stretch& wait) const {
-  const Schedule& schedule = schedule_;
   Waiter result;
-  result.holder = schedule.RunningBefore(wait.to);
-  schedule.ForEachRun(wait, [&](TaskIndex by, const Stretch& run) {
-    if (schedule.IsIdle(by)) return void(result.idle += run.Length());
+  result.holder = schedule_.RunningBefore(wait.to);
+  schedule_.ForEachRun(wait, [&](TaskIndex by, const Stretch& run) {
+    if (schedule_.IsIdle(by)) return void(result.idle += run.Length());
     if (by == result.holder) return void(result.holderRan += run.Length());
     for (Part& other : result.others)
       if (other.task == by) return void(other.ticks += run.Length());
@@ -30,15 +29,26 @@ Causes::Waiter Causes::LookAtWait(const Stretch& wait) const {
   return result;
 }
 
-// Whether the holder ran at the end of most waits that are at least half as long.
-static bool EndsWithHolder(const Schedule& schedule, TaskIndex task, TaskIndex holder, Ticks length) {
-  std::size_t all = 0, withHolder = 0;
-  for (const Stretch& wait : schedule.WaitsIn(task, {schedule.Of().StartTime(), schedule.Of().StopTime()})) {
-    if (wait.Length() * 2 < length) continue;
-    ++all;
-    withHolder += schedule.RunningBefore(wait.to) == holder;
+Causes::WaitEnds Causes::LookAtWaitsOf(TaskIndex task) const {
+  WaitEnds ends;
+  for (const Stretch& wait :
+       schedule_.WaitsIn(task, {schedule_.Of().StartTime(), schedule_.Of().StopTime()})) {
+    ends.all.push_back(wait.Length());
+    ends.byHolder[schedule_.RunningBefore(wait.to)].push_back(wait.Length());
   }
-  return withHolder * 4 >= all * threeInFour;
+  std::sort(ends.all.begin(), ends.all.end());
+  for (auto& [holder, lengths] : ends.byHolder) std::sort(lengths.begin(), lengths.end());
+  return ends;
+}
+
+// Whether the holder ran at the end of most waits that are at least half as long.
+bool Causes::EndsWithHolder(TaskIndex task, TaskIndex holder, Ticks length) {
+  const auto cached = waitEnds_.find(task);
+  WaitEnds& ends = cached != waitEnds_.end() ? cached->second : waitEnds_[task] = LookAtWaitsOf(task);
+  const auto countLong = [length](const std::vector<Ticks>& lengths) {
+    return lengths.end() - std::lower_bound(lengths.begin(), lengths.end(), length / 2);
+  };
+  return countLong(ends.byHolder[holder]) * 4 >= countLong(ends.all) * threeInFour;
 }
 
 void Causes::FollowWaiting(const Delay& delay, const PartExcess& part, Cause& cause) {
@@ -55,7 +65,7 @@ void Causes::FollowWaiting(const Delay& delay, const PartExcess& part, Cause& ca
   const PastJob* holding = schedule_.IsIdle(seen.holder) ? nullptr : schedule_.JobAt(seen.holder, longest.to);
   const bool isLock = holding && holding->activation <= longest.from &&
                       seen.idle * leastBusy <= longest.Length() &&
-                      EndsWithHolder(schedule_, delay.task, seen.holder, longest.Length());
+                      EndsWithHolder(delay.task, seen.holder, longest.Length());
   if (isLock) link.holder = seen.holder;
   cause.chain.push_back(link);
   if (!isLock || !IsWithin(cause)) return;

@@ -191,7 +191,7 @@ class Explainer {
     if (group.changes * 2 > group.jobs.size()) finding.since = finding.occurrences.front().activation;
     finding.excess = group.excess;
     finding.cause = std::move(group.cause);
-    causes_.OrderParts(finding.task, {worst.activation, worst.end}, finding.cause.parts);
+    causes_.Complete(finding.task, {worst.activation, worst.end}, finding.cause);
     finding.confidence = ConfidenceOf(finding, group);
     if (root.first == CauseKind::overload) {
       finding.since = OverloadedSince();

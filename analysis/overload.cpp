@@ -16,16 +16,21 @@ constexpr Ticks mostLost = 10;
 // What tasks ask for is known to so much of the time.
 constexpr double leastDemand = 1.0;
 
-// A task that loses every second release looks like one of twice the period; the issue that each lost release
-// raises tells.
+bool IsMultiple(Ticks interval, Ticks of) {
+  const Ticks beyond = interval % of;
+  return interval <= of * mostLost && std::min(beyond, of - beyond) * 20 <= of;
+}
+
+// A task that loses releases looks like one of a longer period, or of none; the issue that each lost release
+// raises tells. 0: it has no period.
 Ticks TruePeriodOf(Habits& habits, TaskIndex task, const std::vector<Deadline>& deadlines) {
   const Usual& interval = habits.Interval(task);
-  Ticks period = std::min(interval.low, interval.median);
+  Ticks period = habits.PeriodOf(task) == 0 ? 0 : std::min(interval.low, interval.median);
   for (const Deadline& deadline : deadlines) {
-    const Ticks beyond = interval.median % std::max<Ticks>(deadline.length, 1);
-    const Ticks off = std::min(beyond, deadline.length - beyond);
-    const bool isFew = deadline.length * mostLost >= interval.median;
-    if (isFew && off * 20 <= deadline.length) period = std::min(period, deadline.length);
+    const Ticks length = std::max<Ticks>(deadline.length, 1);
+    const bool fits = IsMultiple(interval.quarter, length) && IsMultiple(interval.median, length) &&
+                      IsMultiple(interval.threeQuarters, length);
+    if (fits && (period == 0 || length < period)) period = length;
   }
   return period;
 }
@@ -38,7 +43,7 @@ double DemandOf(const Schedule& schedule, Habits& habits,
   for (TaskIndex task = 0; task < schedule.TaskCount(); ++task) {
     if (schedule.IsIdle(task) || length == 0) continue;
     const double load = static_cast<double>(schedule.RunTimeOf(task)) / length;
-    const Ticks period = habits.PeriodOf(task) == 0 ? 0 : TruePeriodOf(habits, task, deadlines[task]);
+    const Ticks period = TruePeriodOf(habits, task, deadlines[task]);
     const double asked =
         period == 0 ? 0 : static_cast<double>(habits.Execution(task).median) / static_cast<double>(period);
     demand += std::max(load, asked);

@@ -102,7 +102,7 @@ class ExplainText : public ExplainFormat {
           grew ? static_cast<double>(part.Excess()) / static_cast<double>(finding.cause.Excess()) : 0;
       parts.Add({PartText(lane, part), ShortLength(lane, part.normal), ShortLength(lane, part.actual),
                  grew ? ShortLength(lane, part.Excess()) : noValue,
-                 grew ? fmt::format("{:.0f} %", share * 100) : noValue});
+                 grew ? fmt::format("{:.0f} %", std::min(share, 1.0) * 100) : noValue});
     }
     parts.Print(table, false);
     AddIndented(fmt::to_string(table));
@@ -139,8 +139,8 @@ class ExplainText : public ExplainFormat {
     if (finding.alsoLate.empty()) return;
     std::string text;
     for (const analysis::AlsoLate& other : finding.alsoLate)
-      text += fmt::format("{}{} ({} times, {})", text.empty() ? "" : ", ", TaskName(lane, other.task),
-                          other.count, ShortLength(lane, other.excess));
+      text += fmt::format("{}{} ({} {}, {})", text.empty() ? "" : ", ", TaskName(lane, other.task),
+                          other.count, other.count == 1 ? "time" : "times", ShortLength(lane, other.excess));
     Wrap(out_, "   Late with it: ", text);
   }
 

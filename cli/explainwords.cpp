@@ -70,9 +70,11 @@ std::string Symptom(const AnalysedLane& lane, const Finding& finding) {
 
 std::string ShortLength(const AnalysedLane& lane, std::uint64_t ticks) {
   if (!lane.time.HasSeconds()) return fmt::format("{} ticks", ticks);
+  // What three digits round up to the next unit is written in that one.
   const double seconds = static_cast<double>(ticks) / static_cast<double>(lane.lane.TicksPerSecond());
-  if (seconds >= 1) return fmt::format("{:.3g} s", seconds);
-  if (seconds >= 1e-3) return fmt::format("{:.3g} ms", seconds * 1e3);
+  if (seconds >= 999.5) return fmt::format("{:.0f} s", seconds);
+  if (seconds >= 0.9995) return fmt::format("{:.3g} s", seconds);
+  if (seconds >= 0.9995e-3) return fmt::format("{:.3g} ms", seconds * 1e3);
   return fmt::format("{:.3g} us", seconds * 1e6);
 }
 
@@ -134,9 +136,10 @@ std::string PartText(const AnalysedLane& lane, const analysis::PartExcess& part)
 }
 
 std::string Certainty(const AnalysedLane& lane, const Finding& finding) {
-  std::string text = fmt::format("{:.0f} %", finding.confidence * 100);
   const Link& root = finding.cause.Root();
-  if (root.kind != CauseKind::unknown && root.kind != CauseKind::lostRecords)
+  const bool isUnknown = root.kind == CauseKind::unknown;
+  std::string text = isUnknown ? "not at all" : fmt::format("{:.0f} %", finding.confidence * 100);
+  if (!isUnknown && root.kind != CauseKind::lostRecords)
     text += fmt::format("; the cause is {:.0f} % of the excess", root.share * 100);
   if (finding.occurrences.size() == 1 && root.kind != CauseKind::lostRecords) text += "; seen once only";
   if (!lane.conventions.meanings.AreKnown())
