@@ -214,10 +214,13 @@ void Controller::TakeLogger(Input& input, std::int32_t kernel) {
   DecodeLogger(input, scratch, kernel);
 }
 
-void Controller::operator()(ScriptedTarget& target) const {
-  Input input = machine_;
-  DecodeMachine(input, target);
-  for (auto [kernel, at] : loggers_) DecodeLogger(at, target, kernel);
+void Controller::Describe(ScriptedTarget& target, std::int32_t kernel) const {
+  Input machine = machine_;
+  DecodeMachine(machine, target);
+  const auto logger = loggers_.find(kernel);
+  if (logger == loggers_.end()) return;
+  Input input = logger->second;
+  DecodeLogger(input, target, kernel);
 }
 
 }  // namespace fuzz
