@@ -28,6 +28,7 @@ extern const Command latencyCommand;
 extern const Command checkCommand;
 extern const Command diffCommand;
 extern const Command topCommand;
+extern const Command verifyCommand;
 
 // Runs what the arguments (without the program's name) ask for; returns the exit code. Throws UsageError,
 // Failure and ClosedPipe.
