@@ -18,7 +18,7 @@ namespace {
 
 const Command* const commands[] = {&startCommand, &recordCommand,  &infoCommand,   &listCommand,
                                    &statsCommand, &latencyCommand, &checkCommand,  &diffCommand,
-                                   &topCommand,   &verifyCommand};
+                                   &topCommand,   &verifyCommand,  &repairCommand};
 
 std::string Overview() {
   std::string text =

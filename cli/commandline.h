@@ -29,6 +29,7 @@ extern const Command checkCommand;
 extern const Command diffCommand;
 extern const Command topCommand;
 extern const Command verifyCommand;
+extern const Command repairCommand;
 
 // Runs what the arguments (without the program's name) ask for; returns the exit code. Throws UsageError,
 // Failure and ClosedPipe.
