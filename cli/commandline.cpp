@@ -18,7 +18,8 @@ namespace {
 
 const Command* const commands[] = {&startCommand, &recordCommand,  &infoCommand,   &listCommand,
                                    &statsCommand, &latencyCommand, &checkCommand,  &diffCommand,
-                                   &topCommand,   &verifyCommand,  &repairCommand};
+                                   &topCommand,   &verifyCommand,  &repairCommand, &cutCommand,
+                                   &joinCommand};
 
 std::string Overview() {
   std::string text =

@@ -30,6 +30,8 @@ extern const Command diffCommand;
 extern const Command topCommand;
 extern const Command verifyCommand;
 extern const Command repairCommand;
+extern const Command cutCommand;
+extern const Command joinCommand;
 
 // Runs what the arguments (without the program's name) ask for; returns the exit code. Throws UsageError,
 // Failure and ClosedPipe.
