@@ -16,9 +16,10 @@
 namespace cli {
 namespace {
 
-const Command* const commands[] = {&startCommand,   &recordCommand,  &infoCommand,  &listCommand,
-                                   &statsCommand,   &latencyCommand, &checkCommand, &diffCommand,
-                                   &explainCommand, &topCommand};
+const Command* const commands[] = {&startCommand,   &recordCommand,  &infoCommand,   &listCommand,
+                                   &statsCommand,   &latencyCommand, &checkCommand,  &diffCommand,
+                                   &explainCommand, &topCommand,     &verifyCommand, &repairCommand,
+                                   &cutCommand,     &joinCommand};
 
 std::string Overview() {
   std::string text =

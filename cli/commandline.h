@@ -29,6 +29,10 @@ extern const Command checkCommand;
 extern const Command diffCommand;
 extern const Command explainCommand;
 extern const Command topCommand;
+extern const Command verifyCommand;
+extern const Command repairCommand;
+extern const Command cutCommand;
+extern const Command joinCommand;
 
 // Runs what the arguments (without the program's name) ask for; returns the exit code. Throws UsageError,
 // Failure and ClosedPipe.
