@@ -16,8 +16,9 @@
 namespace cli {
 namespace {
 
-const Command* const commands[] = {&startCommand,   &recordCommand, &infoCommand, &listCommand, &statsCommand,
-                                   &latencyCommand, &checkCommand,  &diffCommand, &topCommand};
+const Command* const commands[] = {&startCommand,  &recordCommand,  &infoCommand,  &listCommand,
+                                   &statsCommand,  &latencyCommand, &checkCommand, &diffCommand,
+                                   &exportCommand, &topCommand};
 
 std::string Overview() {
   std::string text =

@@ -1,0 +1,26 @@
+// The formats that there are.
+#include <algorithm>
+
+#include "csv.h"
+#include "exporter.h"
+#include "jsonl.h"
+
+namespace exporters {
+
+const std::vector<Format>& Formats() {
+  using Kind = Format::Kind;
+  static const std::vector<Format> formats = {
+      {"csv", MakeCsv, Kind::stream},
+      {"jsonl", MakeJsonLines, Kind::stream},
+  };
+  return formats;
+}
+
+const Format* FindFormat(const std::string& name) {
+  const std::vector<Format>& formats = Formats();
+  const auto found =
+      std::find_if(formats.begin(), formats.end(), [&](const Format& format) { return format.name == name; });
+  return found == formats.end() ? nullptr : &*found;
+}
+
+}  // namespace exporters
