@@ -1,7 +1,10 @@
 // The formats that there are.
 #include <algorithm>
 
+#include "chrome.h"
 #include "csv.h"
+#include "ctf.h"
+#include "ctfkernel.h"
 #include "exporter.h"
 #include "jsonl.h"
 
@@ -12,6 +15,9 @@ const std::vector<Format>& Formats() {
   static const std::vector<Format> formats = {
       {"csv", MakeCsv, Kind::stream},
       {"jsonl", MakeJsonLines, Kind::stream},
+      {"chrome", MakeChrome, Kind::stream},
+      {"ctf", MakeCtf, Kind::folder},
+      {"ctf-kernel", MakeCtfKernel, Kind::folder},
   };
   return formats;
 }
