@@ -58,7 +58,7 @@ void ExportPlace::Commit() {
 }
 
 void ExportPlace::CommitFolder() {
-  for (const TempFile& file : files_) file.Finish(file.Path());
+  for (const TempFile& file : files_) file.Finish(place_ + file.Path().substr(file.Path().rfind('/')));
   SyncFolder(folder_->Path());
   if (!folder_->RenameTo(place_)) throw InTheWay(path_, "something came there meanwhile");
   for (TempFile& file : files_) file.Keep();

@@ -7,17 +7,20 @@
 #include "ctfkernel.h"
 #include "exporter.h"
 #include "jsonl.h"
+#include "perfetto.h"
+#include "sqlite.h"
 
 namespace exporters {
 
 const std::vector<Format>& Formats() {
   using Kind = Format::Kind;
   static const std::vector<Format> formats = {
-      {"csv", MakeCsv, Kind::stream},
-      {"jsonl", MakeJsonLines, Kind::stream},
-      {"chrome", MakeChrome, Kind::stream},
-      {"ctf", MakeCtf, Kind::folder},
-      {"ctf-kernel", MakeCtfKernel, Kind::folder},
+      {"csv", MakeCsv, Kind::stream},       {"jsonl", MakeJsonLines, Kind::stream},
+      {"chrome", MakeChrome, Kind::stream}, {"perfetto", MakePerfetto, Kind::stream},
+      {"ctf", MakeCtf, Kind::folder},       {"ctf-kernel", MakeCtfKernel, Kind::folder},
+#ifdef TASKLOG_SQLITE
+      {"sqlite", MakeSqlite, Kind::file},
+#endif
   };
   return formats;
 }
