@@ -18,8 +18,8 @@ void Clock::Enter(const analysis::Lane& lane, const std::string& name) {
   hasBase_ = true;
   if (first < baseSeconds_ || last - baseSeconds_ > mostSeconds_)
     throw std::runtime_error(Quoted(name) +
-                             " lies too far from the first lane for one clock: export it alone, " +
-                             "or a part of it with --from and --to");
+                             ": its times do not fit into the nanoseconds of this format; export a part with "
+                             "--from and --to, or the lanes one by one");
   baseTicks_ = baseSeconds_ * rate_;
 }
 

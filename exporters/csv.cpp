@@ -1,5 +1,7 @@
 #include "csv.h"
 
+#include <utility>
+
 #include "entries.h"
 #include "outputfile.h"
 #include "text.h"

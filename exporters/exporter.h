@@ -6,6 +6,7 @@
 //   exporter->End();
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <tasklog/tasklog.hpp>

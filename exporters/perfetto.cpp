@@ -1,5 +1,6 @@
 #include "perfetto.h"
 
+#include <algorithm>
 #include <protozero/pbf_writer.hpp>
 
 #include "analysis/walker.h"
