@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "controller.h"
-#include "ctf.h"
 #include "ring.h"
 
 namespace bench {
@@ -18,7 +17,6 @@ namespace {
 
 constexpr char usage[] =
     "usage: tasklog_bench_files log ENTRIES TASKS FILE   a TaskLog file\n"
-    "       tasklog_bench_files ctf FILE FOLDER          the same as a trace\n"
     "       tasklog_bench_files csv FILE CSV             the same as a table of numbers\n"
     "       tasklog_bench_files count FILE               times load and count\n";
 
@@ -81,8 +79,6 @@ int Run(const std::vector<std::string>& words) {
   const std::string what = words.empty() ? "" : words[0];
   if (what == "log" && words.size() == 4) {
     MakeLog(std::stoull(words[1]), static_cast<std::uint32_t>(std::stoul(words[2])), words[3]);
-  } else if (what == "ctf" && words.size() == 3) {
-    WriteCtf(Loaded(words[1]), words[2]);
   } else if (what == "csv" && words.size() == 3) {
     MakeCsv(Loaded(words[1]), words[2]);
   } else if (what == "count" && words.size() == 2) {

@@ -17,6 +17,10 @@ void DeclareAnalysisOptions(CLI::App& app, AnalysisOptions& options, bool withLo
                  "First time: 1.5s, 250ms or 12us from the start, or raw\nticks: 1000")
       ->type_name("TIME");
   app.add_option("--to", options.to, "Last time, written likewise")->type_name("TIME");
+  DeclareConventions(app, options);
+}
+
+void DeclareConventions(CLI::App& app, AnalysisOptions& options) {
   app.add_option("--idle", options.idle, "The idle task (default: as recorded, else by name)")
       ->type_name("NAME");
   app.add_option("--switches", options.switches,

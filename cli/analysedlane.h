@@ -31,6 +31,8 @@ struct AnalysisOptions {
 
 // --from, --to, --idle and --switches; with `withLogs` also LOG...
 void DeclareAnalysisOptions(CLI::App& app, AnalysisOptions& options, bool withLogs = true);
+// --idle and --switches alone.
+void DeclareConventions(CLI::App& app, AnalysisOptions& options);
 
 // A lane with all that is needed to walk it.
 struct AnalysedLane {

@@ -18,8 +18,8 @@ namespace {
 
 const Command* const commands[] = {&startCommand,   &recordCommand,  &infoCommand,   &listCommand,
                                    &statsCommand,   &latencyCommand, &checkCommand,  &diffCommand,
-                                   &explainCommand, &topCommand,     &verifyCommand, &repairCommand,
-                                   &cutCommand,     &joinCommand};
+                                   &explainCommand, &topCommand,     &exportCommand, &verifyCommand,
+                                   &repairCommand,  &cutCommand,     &joinCommand};
 
 std::string Overview() {
   std::string text =

@@ -1,12 +1,10 @@
 #include "listformat.h"
 
 #include <algorithm>
-#include <array>
 #include <string_view>
-#include <unordered_map>
 #include <utility>
 
-#include "logsummary.h"
+#include "exporters/jsonl.h"
 #include "text.h"
 #include "timeformat.h"
 
@@ -15,35 +13,7 @@ namespace {
 
 using Buffer = fmt::memory_buffer;
 
-// Types are four bits on the target.
-constexpr std::size_t mostTypes = 16;
-
 void Append(Buffer& out, std::string_view text) { out.append(text); }
-
-// What is printed for each category of a log, made once.
-class Labels {
- public:
-  template <class Render>
-  Labels(const tasklog::Log& log, std::string none, Render render) : none_(std::move(none)) {
-    for (const auto& category : log.Categories()) labels_.emplace(category.Handle(), render(category));
-  }
-  const std::string& Of(const tasklog::Entry& entry, std::uint32_t slot) const {
-    const TLCategory category = TLEntryGetCategory(entry.Handle(), slot);
-    return category ? labels_.at(category) : none_;
-  }
-
- private:
-  std::string none_;
-  std::unordered_map<TLCategory, std::string> labels_;
-};
-
-// What is printed for each type of entry, made once.
-template <class Render>
-std::array<std::string, mostTypes> TypeLabels(Render render) {
-  std::array<std::string, mostTypes> labels;
-  for (std::uint32_t type = 0; type < mostTypes; ++type) labels[type] = render(type);
-  return labels;
-}
 
 class TextFormat : public EntryFormat {
  public:
@@ -52,10 +22,10 @@ class TextFormat : public EntryFormat {
         seconds_(!style.ticks && time_.HasSeconds()),
         timeWidth_(TimeWidth(log)),
         subjectWidth_(SubjectWidth(log)),
-        types_(TypeLabels([&](ETLLogType type) { return TypeCell(type, style.colors); })),
-        subjects_(log, Padded("-", subjectWidth_),
+        types_([&](ETLLogType type) { return TypeCell(type, style.colors); }),
+        subjects_({&log}, Padded("-", subjectWidth_),
                   [this](const tasklog::Category& c) { return Padded(SafeText(c.Name()), subjectWidth_); }),
-        running_(log, "-", [](const tasklog::Category& c) { return SafeText(c.Name()); }) {}
+        running_({&log}, "-", [](const tasklog::Category& c) { return SafeText(c.Name()); }) {}
 
   void Begin(Buffer& out) override {
     fmt::format_to(fmt::appender(out), "{:>{}}  {:<{}}  {:<{}}  running\n", TimeHeader(), timeWidth_, "type",
@@ -71,11 +41,11 @@ class TextFormat : public EntryFormat {
     }
     AlignRight(out, start, timeWidth_);
     Append(out, "  ");
-    Append(out, types_[entry.Type() % mostTypes]);
+    Append(out, types_.Of(entry.Handle()));
     Append(out, "  ");
-    Append(out, subjects_.Of(entry, 0));
+    Append(out, subjects_.Of(entry.Handle(), 0));
     Append(out, "  ");
-    Append(out, running_.Of(entry, 1));
+    Append(out, running_.Of(entry.Handle(), 1));
     out.push_back('\n');
   }
 
@@ -109,7 +79,7 @@ class TextFormat : public EntryFormat {
 
   // The plain switch needs no number.
   static std::string TypeCell(ETLLogType type, bool colors) {
-    const std::string name = TypeName(type);
+    const std::string name = exporters::TypeName(type);
     const bool numbered = name == "switch" && type != TLLogSwitch4;
     const std::string cell = Padded(numbered ? fmt::format("{} {}", name, type) : name, typeWidth);
     if (!colors) return cell;
@@ -133,104 +103,47 @@ class TextFormat : public EntryFormat {
   bool seconds_;
   std::size_t timeWidth_;
   std::size_t subjectWidth_;
-  std::array<std::string, mostTypes> types_;
-  Labels subjects_;
-  Labels running_;
+  exporters::TypeLabels types_;
+  exporters::Labels subjects_;
+  exporters::Labels running_;
 };
+
+exporters::RowStyle RowStyleOf(const tasklog::Log& log, const ListStyle& style) {
+  return {TimeFormat(log.StartTime(), log.TicksPerSecond()), !style.ticks, style.lane};
+}
 
 class CsvFormat : public EntryFormat {
  public:
   CsvFormat(const tasklog::Log& log, const ListStyle& style)
-      : time_(log.StartTime(), log.TicksPerSecond()),
-        secondsColumn_(!style.ticks),
-        continues_(style.continues),
-        laneHeader_(style.lane.empty() ? "\r\n" : ",lane\r\n"),
-        lane_(style.lane.empty() ? "\r\n" : "," + CsvField(style.lane) + "\r\n"),
-        types_(TypeLabels([](ETLLogType type) { return fmt::format(",{},{},", TypeName(type), type); })),
-        categories_(log, ",", [](const tasklog::Category& c) {
-          return fmt::format("{},{}", CsvField(c.Name()), c.Id());
-        }) {}
+      : rows_({&log}, RowStyleOf(log, style)), continues_(style.continues) {}
 
   void Begin(Buffer& out) override {
-    if (continues_) return;
-    Append(out, "ticks,");
-    if (secondsColumn_) Append(out, "seconds,");
-    Append(out, "type,code,subject,subject_id,running,running_id");
-    Append(out, laneHeader_);
+    if (!continues_) rows_.Header(out);
   }
-
-  void Add(Buffer& out, const tasklog::Entry& entry) override {
-    AppendNumber(out, entry.Timestamp());
-    if (secondsColumn_) out.push_back(',');
-    if (secondsColumn_ && time_.HasSeconds()) time_.AppendSince(out, entry.Timestamp());
-    Append(out, types_[entry.Type() % mostTypes]);
-    Append(out, categories_.Of(entry, 0));
-    out.push_back(',');
-    Append(out, categories_.Of(entry, 1));
-    Append(out, lane_);
-  }
-
+  void Add(Buffer& out, const tasklog::Entry& entry) override { rows_.Add(out, entry.Handle()); }
   void End(Buffer&) override {}
 
  private:
-  TimeFormat time_;
-  bool secondsColumn_;
+  exporters::CsvRows rows_;
   bool continues_;
-  std::string_view laneHeader_;
-  std::string lane_;
-  std::array<std::string, mostTypes> types_;
-  Labels categories_;
 };
 
 class JsonFormat : public EntryFormat {
  public:
   JsonFormat(const tasklog::Log& log, const ListStyle& style)
-      : time_(log.StartTime(), log.TicksPerSecond()),
-        secondsKey_(!style.ticks),
-        continues_(style.continues),
-        lane_(style.lane.empty() ? "}" : R"(,"lane":)" + JsonString(style.lane) + "}"),
-        first_(!style.continuesEntries),
-        types_(TypeLabels(
-            [](ETLLogType type) { return fmt::format(R"(,"type":"{}","code":{})", TypeName(type), type); })),
-        subjects_(log, R"(,"subject":null,"subjectId":null)",
-                  [](const tasklog::Category& c) { return Keys("subject", c); }),
-        running_(log, R"(,"running":null,"runningId":null)",
-                 [](const tasklog::Category& c) { return Keys("running", c); }) {}
+      : rows_({&log}, RowStyleOf(log, style)), continues_(style.continues), first_(!style.continuesEntries) {}
 
   void Begin(Buffer& out) override { Append(out, continues_ ? "" : "["); }
-
   void Add(Buffer& out, const tasklog::Entry& entry) override {
-    Append(out, std::exchange(first_, false) ? "\n{\"ticks\":\"" : ",\n{\"ticks\":\"");
-    AppendNumber(out, entry.Timestamp());
-    out.push_back('"');
-    if (secondsKey_) AppendSeconds(out, entry.Timestamp());
-    Append(out, types_[entry.Type() % mostTypes]);
-    Append(out, subjects_.Of(entry, 0));
-    Append(out, running_.Of(entry, 1));
-    Append(out, lane_);
+    Append(out, std::exchange(first_, false) ? "\n" : ",\n");
+    rows_.Add(out, entry.Handle());
   }
-
   void End(Buffer& out) override { Append(out, first_ ? "]\n" : "\n]\n"); }
 
  private:
-  static std::string Keys(const char* slot, const tasklog::Category& category) {
-    return fmt::format(R"(,"{0}":{1},"{0}Id":{2})", slot, JsonString(category.Name()), category.Id());
-  }
-
-  void AppendSeconds(Buffer& out, std::uint64_t ticks) const {
-    Append(out, R"(,"seconds":)");
-    if (!time_.HasSeconds()) return Append(out, "null");
-    time_.AppendSince(out, ticks);
-  }
-
-  TimeFormat time_;
-  bool secondsKey_;
+  exporters::JsonRows rows_;
   bool continues_;
-  std::string lane_;
   bool first_;
-  std::array<std::string, mostTypes> types_;
-  Labels subjects_;
-  Labels running_;
 };
 
 }  // namespace

@@ -55,13 +55,4 @@ void LoadInto(tasklog::Log& log, const std::string& path, const std::string& sho
   if (!status) throw Failure("reading " + Quoted(shownPath), status, Hint(status, path));
 }
 
-const char* TypeName(ETLLogType type) {
-  switch (type) {
-    case TLLogTaskEvent: return "event";
-    case TLLogTestpoint: return "testpoint";
-    case TLLogTimingIssue: return "issue";
-    default: return "switch";
-  }
-}
-
 }  // namespace cli

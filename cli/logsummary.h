@@ -30,7 +30,4 @@ LogSummary Summarize(const tasklog::Log& log);
 // the file cannot be opened.
 void LoadInto(tasklog::Log& log, const std::string& path, const std::string& shownPath);
 
-// "switch", "event", "testpoint" or "issue": as --type takes them.
-const char* TypeName(ETLLogType type);
-
 }  // namespace cli

@@ -1,39 +1,11 @@
-// Ticks of one log as seconds from its start, exact: decimal digits, no floating point.
+// Times as exports have them.
 #pragma once
 
-#include <fmt/format.h>
-
-#include <cstdint>
-#include <string>
+#include "exporters/timeformat.h"
 
 namespace cli {
 
-// In decimal digits, at several times the speed of a format string.
-void AppendNumber(fmt::memory_buffer& out, std::uint64_t number);
-
-// Prints as many decimals as tell two neighbouring ticks apart, at least six, the last one rounded. A time
-// typed as it was printed is therefore the same tick again.
-class TimeFormat {
- public:
-  // A rate of 0 means that it is unknown; then there are no seconds.
-  TimeFormat(std::uint64_t startTicks, std::uint64_t ticksPerSecond);
-
-  bool HasSeconds() const { return rate_ != 0; }
-
-  // Seconds from the start to `ticks`; negative before it. Needs HasSeconds().
-  void AppendSince(fmt::memory_buffer& out, std::uint64_t ticks) const;
-  std::string Since(std::uint64_t ticks) const;
-
-  // `count` ticks as seconds. Needs HasSeconds().
-  std::string Length(std::uint64_t count) const;
-
- private:
-  void AppendLength(fmt::memory_buffer& out, std::uint64_t count) const;
-
-  std::uint64_t start_;
-  std::uint64_t rate_;
-  int decimals_;
-  std::uint64_t scale_;  // 10 to the power decimals_
-};
+using exporters::AppendNumber;
+using exporters::TimeFormat;
 
 }  // namespace cli

@@ -8,6 +8,7 @@ set(foreignHeaders_fmt fmt)
 set(foreignHeaders_CLI11 CLI)
 set(foreignHeaders_tomlplusplus toml++)
 set(foreignHeaders_nlohmann_json nlohmann)
+set(foreignHeaders_Protozero protozero)
 set(foreignDefinitions_fmt FMT_HEADER_ONLY)
 set(foreignDefinitions_tomlplusplus TOML_HEADER_ONLY=1)
 

@@ -4,7 +4,7 @@
 
 #include "wide.h"
 
-namespace cli {
+namespace exporters {
 namespace {
 
 constexpr int fewestDecimals = 6;
@@ -68,4 +68,4 @@ std::string TimeFormat::Length(std::uint64_t count) const {
   return fmt::to_string(out);
 }
 
-}  // namespace cli
+}  // namespace exporters

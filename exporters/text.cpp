@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <iterator>
 
-namespace cli {
+namespace exporters {
 namespace {
 
 struct Character {
@@ -126,4 +126,4 @@ std::size_t DisplayWidth(std::string_view utf8) {
       std::count_if(utf8.begin(), utf8.end(), [](char c) { return (c & 0xC0) != 0x80; }));
 }
 
-}  // namespace cli
+}  // namespace exporters
