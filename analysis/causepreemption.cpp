@@ -28,7 +28,9 @@ struct RunsOfJobs {
 // Whether the jobs of a task that had a part in a stretch were longer than usual.
 RunsOfJobs LookAtJobs(const Schedule& schedule, TaskIndex task, const Stretch& stretch, Ticks usual) {
   RunsOfJobs result;
-  const auto [first, last] = schedule.JobsIn(task, stretch);
+  const std::pair<std::size_t, std::size_t> places = schedule.JobsIn(task, stretch);
+  const std::size_t first = places.first;
+  const std::size_t last = places.second;
   const std::vector<PastJob>& jobs = schedule.JobsOf(task);
   std::vector<Ticks> ran(last - first);
   std::size_t place = first;

@@ -22,7 +22,6 @@ class Search {
  public:
   Search(const Schedule& schedule, Habits& habits, TaskIndex task, const std::vector<Deadline>& deadlines)
       : deadlines_(deadlines),
-        schedule_(schedule),
         habits_(habits),
         task_(task),
         jobs_(schedule.JobsOf(task)),
@@ -122,7 +121,6 @@ class Search {
   static bool IsLate(std::uint8_t sign) { return sign != notLate; }
 
   const std::vector<Deadline>& deadlines_;
-  const Schedule& schedule_;
   Habits& habits_;
   TaskIndex task_;
   const std::vector<PastJob>& jobs_;
