@@ -46,7 +46,7 @@ void Merge(benchmark::State& state, std::uint32_t taskCount) {
 // Reads a small buffer again and again, into a log that grows with each read.
 template <class Subject>
 void Poll(benchmark::State& state, std::uint32_t taskCount) {
-  constexpr std::size_t slotCount = 8192;
+  constexpr std::size_t cellCount = 8192;
   constexpr std::size_t newRecords = 512;
   const auto held = static_cast<std::size_t>(state.range(0));
   const auto polls = static_cast<std::size_t>(state.max_iterations);
@@ -59,8 +59,8 @@ void Poll(benchmark::State& state, std::uint32_t taskCount) {
   for (auto _ : state) {
     Untimed(state, [&] {
       written += newRecords;
-      const std::span newest = all.subspan(written - (slotCount - 1), slotCount - 1);
-      TheController().ring = RingOf(newest, slotCount, written);
+      const std::span newest = all.subspan(written - (cellCount - 1), cellCount - 1);
+      TheController().ring = RingOf(newest, cellCount, written);
     });
     log.Acquire(1);
   }

@@ -8,14 +8,14 @@
 namespace cli {
 namespace {
 
-std::uint64_t TicksOf(const TimePoint& time, const tasklog::Log& log, const std::string& doing) {
+std::uint64_t TicksOf(const TimePoint& time, const TimeBase& base, const std::string& doing) {
   if (time.ticks) return *time.ticks;
-  if (log.TicksPerSecond() == 0) {
+  if (base.ticksPerSecond == 0) {
     throw Failure(doing + ": its tick rate is unknown, so --from and --to take only ticks");
   }
-  const std::uint64_t distance = time.sinceStart.Ticks(log.TicksPerSecond());
+  const std::uint64_t distance = time.sinceStart.Ticks(base.ticksPerSecond);
   const std::uint64_t most = std::numeric_limits<std::uint64_t>::max();
-  return distance > most - log.StartTime() ? most : log.StartTime() + distance;
+  return distance > most - base.start ? most : base.start + distance;
 }
 
 }  // namespace
@@ -27,11 +27,11 @@ std::optional<TimePoint> CheckedBound(const char* option, const std::optional<st
                                option, Quoted(*text)));
 }
 
-Bounds BoundsIn(const tasklog::Log& log, const std::optional<TimePoint>& from,
+Bounds BoundsIn(const TimeBase& base, const std::optional<TimePoint>& from,
                 const std::optional<TimePoint>& to, const std::string& command, const std::string& doing) {
   Bounds bounds;
-  if (from) bounds.from = TicksOf(*from, log, doing);
-  if (to) bounds.to = TicksOf(*to, log, doing);
+  if (from) bounds.from = TicksOf(*from, base, doing);
+  if (to) bounds.to = TicksOf(*to, base, doing);
   if (bounds.from > bounds.to) throw UsageError(command + ": --from is later than --to");
   return bounds;
 }

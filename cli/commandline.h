@@ -27,8 +27,13 @@ extern const Command statsCommand;
 extern const Command latencyCommand;
 extern const Command checkCommand;
 extern const Command diffCommand;
+extern const Command explainCommand;
 extern const Command exportCommand;
 extern const Command topCommand;
+extern const Command verifyCommand;
+extern const Command repairCommand;
+extern const Command cutCommand;
+extern const Command joinCommand;
 
 // Runs what the arguments (without the program's name) ask for; returns the exit code. Throws UsageError,
 // Failure and ClosedPipe.

@@ -80,8 +80,10 @@ void PrintRecording(Buffer& out, const Lane& lane, const LaneLog& loaded) {
     Print(out, "  gaps          {}, {} in all\n", loaded.gaps.size(), length);
   }
   if (!loaded.metadata) return;
-  Print(out, "  recorded      from {}, {} to {}\n", Quoted(loaded.metadata->target),
-        SafeText(loaded.metadata->startedAt), SafeText(loaded.metadata->endedAt));
+  if (!loaded.metadata->startedAt.empty()) {  // `join` and `repair` may know nothing but gaps
+    Print(out, "  recorded      from {}, {} to {}\n", Quoted(loaded.metadata->target),
+          SafeText(loaded.metadata->startedAt), SafeText(loaded.metadata->endedAt));
+  }
   if (loaded.merged) Print(out, "  merged        {} loggers\n", loaded.metadata->loggers.size());
 }
 

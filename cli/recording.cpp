@@ -134,15 +134,6 @@ class Finder {
   std::map<std::string, std::size_t> segmentLanes_;
 };
 
-// Metadata is matched to files by names alone, so a file that was replaced since shows by its period.
-bool Describes(const RecordedLogger& logger, const std::string& path, const Period& period) {
-  const std::string name = fs::path(path).filename().string();
-  for (const RecordedFile& file : logger.files) {
-    if (file.name == name || logger.files.size() == 1) return file.period == period;
-  }
-  return false;
-}
-
 void SortGaps(std::vector<Gap>& gaps, const Period& period) {
   std::erase_if(gaps, [&](const Gap& gap) { return gap.to <= period.start || gap.from >= period.stop; });
   std::sort(gaps.begin(), gaps.end(), [](const Gap& a, const Gap& b) { return a.from < b.from; });
@@ -154,11 +145,7 @@ void UseMetadata(const Lane& lane, const std::vector<Period>& periods, LaneLog& 
   for (std::size_t i = 0; i < lane.files.size(); ++i) {
     const LaneFile& file = lane.files[i];
     if (!file.metadata) continue;
-    if (!Describes(*file.logger, file.path, periods[i])) {
-      PrintWarning("the metadata beside " + Quoted(file.path) +
-                   " was written for another file of this name and is not used");
-      continue;
-    }
+    if (!IsNotedAbout(*file.logger, file.path, periods[i])) continue;
     if (!loaded.metadata) loaded.metadata = file.metadata;
     if (used == file.logger) continue;  // segments share their metadata
     used = file.logger;
@@ -190,6 +177,16 @@ LaneLog LoadLane(const Lane& lane) {
   LaneLog loaded{.log = std::move(joined.log), .gaps = std::move(joined.gaps)};
   UseMetadata(lane, joined.periods, loaded);
   return loaded;
+}
+
+bool IsNotedAbout(const RecordedLogger& logger, const std::string& path, const Period& period) {
+  const std::string name = fs::path(path).filename().string();
+  for (const RecordedFile& file : logger.files) {
+    if ((file.name == name || logger.files.size() == 1) && file.period == period) return true;
+  }
+  PrintWarning("the metadata beside " + Quoted(path) +
+               " was written for another file of this name and is not used");
+  return false;
 }
 
 std::string IdleTaskOf(const tasklog::Log& log, const std::string& pattern) {

@@ -48,6 +48,10 @@ std::vector<Lane> FindLanes(const std::vector<std::string>& arguments);
 // that was written for other files of these names is one warning. Throws Failure.
 LaneLog LoadLane(const Lane& lane);
 
+// Whether metadata that has the name of a file was written for it: metadata is matched to files by names
+// alone, so a file that was replaced since shows by its period. If not, this is one warning.
+bool IsNotedAbout(const RecordedLogger& logger, const std::string& path, const Period& period);
+
 // Of the tasks of a log that a name or shell pattern stands for, the one of lowest priority; empty for none.
 std::string IdleTaskOf(const tasklog::Log& log, const std::string& pattern);
 

@@ -107,8 +107,9 @@ RecordingOutput RecordingOutput::Folder(const std::string& path, const std::vect
 }
 
 void RecordingOutput::Commit(std::string_view metadata, MetadataComes order) {
-  if (metadata_) metadata_->temporary.Write(metadata);
-  if (metadata_) metadata_->temporary.Finish(metadata_->place);
+  hasMetadata_ = metadata_ && !metadata.empty();
+  if (hasMetadata_) metadata_->temporary.Write(metadata);
+  if (hasMetadata_) metadata_->temporary.Finish(metadata_->place);
   for (const Item& item : files_) item.temporary.Finish(item.place);
   if (!newFolder_) return MoveIntoPlace(order);
   SyncFolder(newFolder_->Path());
@@ -120,8 +121,9 @@ void RecordingOutput::Commit(std::string_view metadata, MetadataComes order) {
 
 void RecordingOutput::MoveIntoPlace(MetadataComes order) {
   const FolderLock lock(folder_);
+  if (metadata_ && !hasMetadata_) ::unlink(metadata_->place.c_str());
   const auto moveMetadata = [&](MetadataComes now) {
-    if (metadata_ && order == now) metadata_->temporary.RenameTo(metadata_->place);
+    if (hasMetadata_ && order == now) metadata_->temporary.RenameTo(metadata_->place);
   };
   moveMetadata(MetadataComes::first);
   for (Item& item : files_) item.temporary.RenameTo(item.place);

@@ -27,8 +27,8 @@ class RecordingOutput {
   // What the file will be called, in the user's words.
   const std::string& ShownPath(std::size_t index) const { return files_[index].shownPath; }
 
-  // Puts all files in their places. Metadata that comes first names files that are not there yet, metadata
-  // that comes last lacks files that are. Throws Failure.
+  // Puts all files in their places. Without metadata, that of former files goes. Metadata that comes first
+  // names files that are not there yet, metadata that comes last lacks files that are. Throws Failure.
   enum class MetadataComes { first, last };
   void Commit(std::string_view metadata, MetadataComes order);
 
@@ -47,6 +47,7 @@ class RecordingOutput {
   std::unique_ptr<TempFolder> newFolder_;  // before files_: goes when they are gone
   std::vector<Item> files_;
   std::optional<Item> metadata_;  // empty: there is no place for it
+  bool hasMetadata_ = false;
 };
 
 }  // namespace cli

@@ -11,12 +11,11 @@
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
-#include <limits>
 
 #include "args.h"
 #include "failure.h"
-#include "filecut.h"
 #include "logsummary.h"
+#include "taskfile/join.h"
 #include "text.h"
 
 namespace cli {
@@ -71,36 +70,26 @@ class MemoryFile {
   int fd_;
 };
 
-struct Segment {
-  std::string path;
-  Period period;
-  FileCut cut;
-};
-
 bool IsEmpty(const Period& period) { return period.start == 0 && period.stop == 0; }
 
-// Decides what of two segments that follow each other is read.
-void CutBetween(Segment& before, Segment& behind, std::vector<Gap>& gaps) {
-  const std::uint64_t end = before.period.stop;
-  if (behind.period.stop < end) {
-    throw Failure(
-        fmt::format("reading {}: it ends before {}, so they are not of one recording; the controller's "
-                    "timer may have begun anew (give the files one by one)",
-                    Quoted(behind.path), Quoted(before.path)));
-  }
-  if (behind.period.start > end) {
-    gaps.push_back({end, behind.period.start});
-  } else if (behind.period.start < end) {
-    before.cut.to = end - 1;
-    behind.cut.from = end;
-  } else {
-    behind.cut.from = end + 1;
-  }
+// The period that the beginning of a file says; empty when it is no TaskLog file.
+Period PeriodOf(std::string_view bytes) {
+  if (bytes.size() < taskfile::headerSize || !bytes.starts_with(taskfile::magic)) return {};
+  const auto header = taskfile::Header::In(bytes);
+  return {header.startTime, header.stopTime};
 }
 
-void Append(tasklog::Log& log, const Segment& segment) {
-  const MemoryFile cut(CutFile(ReadBytes(segment.path, unbounded), segment.cut, segment.path));
-  LoadInto(log, cut.Path(), segment.path);
+// A file behind others: its period begins where theirs does, and what it says of the time before its first
+// record is known from them.
+void Append(tasklog::Log& log, const std::string& path, const FilePart& part, std::uint64_t start,
+            bool isFirst) {
+  const std::string bytes = ReadBytes(path, unbounded);
+  if (!taskfile::AsReaderTakesIt(bytes)) return LoadInto(log, path, path);  // which says what is wrong
+  std::string cut;
+  const taskfile::Piece piece{bytes, part.from, part.to, isFirst};
+  taskfile::WriteJoined(
+      {piece}, start, PeriodOf(bytes).stop, [](double) {}, [&](std::string_view written) { cut += written; });
+  LoadInto(log, MemoryFile(cut).Path(), path);
 }
 
 }  // namespace
@@ -126,19 +115,43 @@ JoinedFiles JoinFiles(const std::vector<std::string>& paths) {
     joined.periods.push_back({joined.log.StartTime(), joined.log.StopTime()});
     return joined;
   }
-  std::vector<Segment> segments;
-  for (const std::string& path : paths) {
-    joined.periods.push_back(PeriodOf(ReadBytes(path, headerBytes)));
-    if (IsEmpty(joined.periods.back())) continue;  // nothing was recorded
-    Segment& segment = segments.emplace_back(Segment{path, joined.periods.back(), {}});
-    if (segments.size() == 1) continue;
-    segment.cut.isFirst = false;
-    segment.cut.start = segments.front().period.start;
-    CutBetween(*std::prev(segments.end(), 2), segment, joined.gaps);
-  }
-  for (const Segment& segment : segments) Append(joined.log, segment);
-  if (segments.empty()) LoadInto(joined.log, paths.back(), paths.back());
+  for (const std::string& path : paths)
+    joined.periods.push_back(PeriodOf(ReadBytes(path, taskfile::headerSize)));
+  const auto parts = WithoutOverlaps(paths, joined.periods, joined.gaps);
+  for (const FilePart& part : parts)
+    Append(joined.log, paths[part.file], part, joined.periods[parts.front().file].start,
+           &part == parts.data());
+  if (parts.empty()) LoadInto(joined.log, paths.back(), paths.back());
   return joined;
+}
+
+std::vector<FilePart> WithoutOverlaps(const std::vector<std::string>& paths,
+                                      const std::vector<Period>& periods, std::vector<Gap>& gaps) {
+  std::vector<FilePart> parts;
+  for (std::size_t i = 0; i < paths.size(); ++i) {
+    if (IsEmpty(periods[i])) continue;  // nothing was recorded
+    FilePart part{.file = i};
+    if (!parts.empty()) {
+      FilePart& before = parts.back();
+      const std::uint64_t end = periods[before.file].stop;
+      if (periods[i].stop < end) {
+        throw Failure(
+            fmt::format("reading {}: it ends before {}, so they are not of one recording; the controller's "
+                        "timer may have begun anew (give the files one by one)",
+                        Quoted(paths[i]), Quoted(paths[before.file])));
+      }
+      if (periods[i].start > end) {
+        gaps.push_back({end, periods[i].start});
+      } else if (periods[i].start < end) {
+        before.to = end - 1;
+        part.from = end;
+      } else {
+        part.from = end + 1;
+      }
+    }
+    parts.push_back(part);
+  }
+  return parts;
 }
 
 }  // namespace cli

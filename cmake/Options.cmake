@@ -48,6 +48,7 @@ endif()
 if(TASKLOG_FUZZ)
   # Comparisons are not traced: that costs as much as all else, and the corpora hold what they lead to.
   add_compile_options(-fsanitize=fuzzer-no-link -fno-sanitize-coverage=trace-cmp)
+  add_compile_definitions(TASKLOG_FUZZ)
 endif()
 if(CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT EMSCRIPTEN)
   add_compile_options(-fstack-protector-strong -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)

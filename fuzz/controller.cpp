@@ -36,9 +36,13 @@ void DecodeTasks(Input& input, ScriptedTarget& target) {
     target.tasks.push_back({input.Pick(ids), input.Pick(names), static_cast<std::int32_t>(slice) - 1,
                             input.Below(3) << 16 | 0x5A00FFFF});
   }
-  if (!input.Rarely(32)) return;
-  const std::uint32_t more = 100 + input.Below(160);  // so many that the list comes in portions
-  for (std::uint32_t id = 100; id < 100 + more; ++id) target.tasks.push_back({id, "T", 0, id << 16});
+  // A list so long that it comes in portions. To read it takes as long as all else does, so one value alone
+  // asks for it, and none that a fuzzer tries often.
+  if (input.Byte() != 'L') return;
+  const std::uint32_t more = 100 + input.Below(160);
+  target.tasks.reserve(count + more);
+  for (std::uint32_t id = 100; id < 100 + more; ++id)
+    target.tasks.push_back({id, "T" + std::to_string(id % 32), 0, id << 16});
 }
 
 void DecodeTestpoints(Input& input, ScriptedTarget& target) {
@@ -109,60 +113,60 @@ std::uint64_t DecodeStep(Input& input, std::uint64_t span) {
   }
 }
 
-struct Slots {
+struct Cells {
   std::uint64_t reference;
-  std::vector<std::uint32_t> words;  // two a slot
+  std::vector<std::uint32_t> words;  // two a cell
 
   std::size_t Count() const { return words.size() / 2; }
   // The type and the id come from the input.
-  void Put(Input& input, std::size_t slot, std::uint64_t time, int bits) {
+  void Put(Input& input, std::size_t cell, std::uint64_t time, int bits) {
     constexpr std::uint32_t types[] = {4, 0, 1, 2, 3, 5, 6, 7, 4, 9, 14};
     const std::uint32_t type = input.Pick(types);
     const std::uint64_t tick = time & ((std::uint64_t{1} << bits) - 1);
-    words[2 * slot] = static_cast<std::uint32_t>((tick & 0x0FFF0000) << 4 | type << 16 | (tick & 0xFFFF));
-    words[2 * slot + 1] = DecodeId(input);
+    words[2 * cell] = static_cast<std::uint32_t>((tick & 0x0FFF0000) << 4 | type << 16 | (tick & 0xFFFF));
+    words[2 * cell + 1] = DecodeId(input);
   }
 };
 
-// As a logger writes it: times that go on from slot to slot, a marker between the laps, perhaps a second one.
-void FillAsALogger(Input& input, Slots& slots, int bits) {
+// As a logger writes it: times that go on from cell to cell, a marker between the laps, perhaps a second one.
+void FillAsALogger(Input& input, Cells& cells, int bits) {
   const std::uint64_t span = std::uint64_t{1} << bits;
-  const std::size_t marker = input.Below(slots.Count() + 1);
-  std::uint64_t time = slots.reference;
-  for (std::size_t slot = 0; slot < marker; ++slot) {
+  const std::size_t marker = input.Below(cells.Count() + 1);
+  std::uint64_t time = cells.reference;
+  for (std::size_t cell = 0; cell < marker; ++cell) {
     time += DecodeStep(input, span);
-    slots.Put(input, slot, time, bits);
+    cells.Put(input, cell, time, bits);
   }
-  time = slots.reference;
-  for (std::size_t slot = slots.Count(); slot > marker + 1; --slot) {
-    slots.Put(input, slot - 1, time, bits);
+  time = cells.reference;
+  for (std::size_t cell = cells.Count(); cell > marker + 1; --cell) {
+    cells.Put(input, cell - 1, time, bits);
     time -= DecodeStep(input, span);
   }
   const std::uint32_t filling = bits == 28 ? 0xFFFFFFFF : 0x000FFFFF;
-  if (marker < slots.Count()) slots.words[2 * marker] = filling;
-  if (slots.Count() > 0 && input.Rarely(4)) slots.words[2 * input.Below(slots.Count())] = filling;
+  if (marker < cells.Count()) cells.words[2 * marker] = filling;
+  if (cells.Count() > 0 && input.Rarely(4)) cells.words[2 * input.Below(cells.Count())] = filling;
 }
 
-void FillWithGarbage(Input& input, Slots& slots, std::uint32_t mask) {
-  for (std::size_t slot = 0; slot < slots.Count(); ++slot) {
-    slots.words[2 * slot] = input.Word() & mask;
-    slots.words[2 * slot + 1] = DecodeId(input);
+void FillWithGarbage(Input& input, Cells& cells, std::uint32_t mask) {
+  for (std::size_t cell = 0; cell < cells.Count(); ++cell) {
+    cells.words[2 * cell] = input.Word() & mask;
+    cells.words[2 * cell + 1] = DecodeId(input);
   }
 }
 
 std::vector<std::uint32_t> DecodeWords(Input& input) {
   const std::uint32_t style = input.Below(6);
-  Slots slots{DecodeReference(input), std::vector<std::uint32_t>(std::size_t{2} * input.Below(41))};
+  Cells cells{DecodeReference(input), std::vector<std::uint32_t>(std::size_t{2} * input.Below(41))};
   switch (style) {
-    case 2: FillWithGarbage(input, slots, 0xFFFFFFFF); break;
-    case 3: FillWithGarbage(input, slots, 0x000FFFFF); break;
-    case 4: FillWithGarbage(input, slots, 0x001FFFFF); break;
-    default: FillAsALogger(input, slots, style == 1 ? 16 : 28);
+    case 2: FillWithGarbage(input, cells, 0xFFFFFFFF); break;
+    case 3: FillWithGarbage(input, cells, 0x000FFFFF); break;
+    case 4: FillWithGarbage(input, cells, 0x001FFFFF); break;
+    default: FillAsALogger(input, cells, style == 1 ? 16 : 28);
   }
-  std::vector<std::uint32_t> words = {static_cast<std::uint32_t>(slots.reference >> 32),
-                                      static_cast<std::uint32_t>(slots.reference)};
-  words.insert(words.end(), slots.words.begin(), slots.words.end());
-  if (input.Rarely(8)) words.push_back(0x00040001);    // a part of a slot
+  std::vector<std::uint32_t> words = {static_cast<std::uint32_t>(cells.reference >> 32),
+                                      static_cast<std::uint32_t>(cells.reference)};
+  words.insert(words.end(), cells.words.begin(), cells.words.end());
+  if (input.Rarely(8)) words.push_back(0x00040001);    // a part of a cell
   if (input.Rarely(16)) words.resize(input.Below(3));  // less than a header
   return words;
 }
@@ -210,10 +214,13 @@ void Controller::TakeLogger(Input& input, std::int32_t kernel) {
   DecodeLogger(input, scratch, kernel);
 }
 
-void Controller::operator()(ScriptedTarget& target) const {
-  Input input = machine_;
-  DecodeMachine(input, target);
-  for (auto [kernel, at] : loggers_) DecodeLogger(at, target, kernel);
+void Controller::Describe(ScriptedTarget& target, std::int32_t kernel) const {
+  Input machine = machine_;
+  DecodeMachine(machine, target);
+  const auto logger = loggers_.find(kernel);
+  if (logger == loggers_.end()) return;
+  Input input = logger->second;
+  DecodeLogger(input, target, kernel);
 }
 
 }  // namespace fuzz

@@ -9,8 +9,8 @@
 
 namespace fuzz {
 
-// Where in the input a controller is described: it is decoded anew into each target that is to follow it. The
-// input must outlive it.
+// Where in the input a controller is described: it is decoded anew into each target that is to follow it, but
+// for the loggers that are not asked for. The input must outlive it.
 class Controller {
  public:
   // The timer, the tasks, the testpoints, and what goes wrong.
@@ -18,7 +18,8 @@ class Controller {
   // The logger of a kernel (-1: the scheduler's) with a ring buffer, in place of the one it had.
   void TakeLogger(Input& input, std::int32_t kernel);
 
-  void operator()(ScriptedTarget& target) const;
+  // With that logger, or with none where there is none of that kernel.
+  void Describe(ScriptedTarget& target, std::int32_t kernel) const;
 
  private:
   Input machine_{nullptr, 0};

@@ -26,17 +26,18 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   fuzz::Controller controller;
   controller.TakeMachine(input);
   controller.TakeLogger(input, request.kernel);
+  const auto describe = [&](ScriptedTarget& target) { controller.Describe(target, request.kernel); };
 
   fuzz::Mirror log;
-  log.AppendFromTarget(controller, request);
+  log.AppendFromTarget(describe, request);
   log.RequireSame();
   log.AskAround();
 
   const std::size_t before = log.Model().entries.size();
-  log.AppendFromTarget(controller, request);
+  log.AppendFromTarget(describe, request);
   log.RequireSame();
   ScriptedTarget asked;
-  controller(asked);
+  describe(asked);
   if (request.cancelAt || !asked.failingCalls.empty()) return 0;
   fuzz::RequireEqual("entries after a second reading", log.Model().entries.size(), before);
   return 0;

@@ -31,9 +31,9 @@ std::optional<sim::Scenario> Parsed(const std::string& text) {
 
 // Whether its buffers are soon read. What its tasks do is bounded by the number of steps.
 bool IsSmall(const sim::Scenario& scenario) {
-  std::size_t slots = 0;
-  for (const sim::ProcessorSpec& processor : scenario.processors) slots += processor.slotCount;
-  return slots <= 2000;
+  std::size_t cells = 0;
+  for (const sim::ProcessorSpec& processor : scenario.processors) cells += processor.cellCount;
+  return cells <= 2000;
 }
 
 // Starts all loggers and reads each of them twice; the entries must be in order and still be there.

@@ -27,7 +27,11 @@ class Sequence {
       case 7: log = fuzz::Mirror(); break;
     }
     log.RequireSame();
+    cost_ += 20 + log.Model().entries.size() + log.Model().categories.size();
   }
+
+  // Of all steps, in entries looked at; a step costs as much as 20 and what the log holds.
+  std::size_t Cost() const { return cost_; }
 
  private:
   static constexpr std::int32_t kernels[] = {-1, 0, 1};
@@ -37,7 +41,8 @@ class Sequence {
     fuzz::Request request;
     request.kernel = input_.Pick(kernels);
     if (input_.Rarely(4)) request.cancelAt = input_.Below(64);
-    log.AppendFromTarget(controller_, request);
+    log.AppendFromTarget([&](ScriptedTarget& target) { controller_.Describe(target, request.kernel); },
+                         request);
   }
 
   // The controller goes on: another ring for one logger, or other tasks with the same rings.
@@ -85,14 +90,21 @@ class Sequence {
   fuzz::Controller controller_;
   fuzz::Mirror logs_[2];
   Bytes saved_;
+  std::size_t cost_ = 0;
 };
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   constexpr int mostSteps = 64;
+#ifdef TASKLOG_FUZZ  // rather many inputs than a few over long logs, which would take nearly all of the time
+  constexpr std::size_t mostCost = 400;
+#else
+  constexpr std::size_t mostCost = SIZE_MAX;
+#endif
   fuzz::Input input(data, size);
   Sequence sequence(input);
-  for (int step = 0; step < mostSteps && !input.Ended(); ++step) sequence.Step();
+  for (int step = 0; step < mostSteps && sequence.Cost() < mostCost && !input.Ended(); ++step)
+    sequence.Step();
   return 0;
 }

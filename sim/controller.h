@@ -57,7 +57,7 @@ class Controller {
   struct Processor {
     Processor(const ProcessorSpec& processorSpec, const Scenario& scenario)
         : spec(processorSpec),
-          logger(spec.slotCount, scenario.tickBits),
+          logger(spec.cellCount, scenario.tickBits),
           runner(spec, scenario.seed, scenario.Clock(), logger) {}
 
     const ProcessorSpec& spec;

@@ -29,7 +29,7 @@ void Logger::Record(uint64_t time, uint32_t type, uint32_t id) {
   runningTask_ = id;
   if (triggered_ || id != triggerTask_) return;
   triggered_ = true;
-  recordsLeft_ = ring_.SlotCount() / 2;
+  recordsLeft_ = ring_.CellCount() / 2;
 }
 
 // Neighbouring records must lie less than one span of the tick field apart. Where nothing happens for longer,
@@ -39,8 +39,8 @@ void Logger::BridgeSilence(uint64_t time) {
   const uint64_t silence = time - ring_.Newest();
   const uint64_t strideTicks = ring_.Span() - 1;
   const uint64_t count = silence < ring_.Span() ? 0 : (silence - 1) / strideTicks;
-  if (recording_ && !triggered_ && count > ring_.SlotCount()) {
-    ring_.Clear(ring_.Newest() + (count - ring_.SlotCount()) * strideTicks);
+  if (recording_ && !triggered_ && count > ring_.CellCount()) {
+    ring_.Clear(ring_.Newest() + (count - ring_.CellCount()) * strideTicks);
   }
   while (recording_ && time - ring_.Newest() >= ring_.Span()) {
     Put(ring_.Newest() + strideTicks, recordTaskEvent, runningTask_);

@@ -11,7 +11,7 @@ namespace sim {
 
 class Logger {
  public:
-  Logger(uint32_t slotCount, int tickBits) : ring_(slotCount, tickBits) {}
+  Logger(uint32_t cellCount, int tickBits) : ring_(cellCount, tickBits) {}
 
   // Empties the buffer and records from now on, the running task first. With a trigger task the buffer
   // freezes half a buffer of records after that task is switched in.

@@ -13,12 +13,12 @@ namespace {
 
 constexpr uint32_t firstBufferAddress = 0x20000000;
 constexpr uint32_t bufferDistance = 0x02000000;  // room for the largest buffer
-constexpr int64_t mostSlots = 4'000'000;
-constexpr int64_t mostSlotsInAll = 8'000'000;
+constexpr int64_t mostCells = 4'000'000;
+constexpr int64_t mostCellsInAll = 8'000'000;
 constexpr size_t mostFaults = 1000;
 constexpr size_t mostProcessors = 64;
 constexpr int64_t mostKernelNumber = 99'999'999;
-constexpr uint32_t defaultSlots = 4096;
+constexpr uint32_t defaultCells = 4096;
 // Not 0, which hosts take for "no time".
 constexpr int64_t defaultStartTicks = 1'000'000;
 
@@ -53,10 +53,10 @@ void ParseProcessor(TomlTable& table, int number, Scenario& scenario, NamesInUse
   if (index == mostProcessors) table.Fail("at most 64 kernels, the scheduler included");
   ProcessorSpec processor;
   processor.number = number;
-  processor.slotCount = static_cast<uint32_t>(table.Integer("slots", 2, mostSlots).value_or(defaultSlots));
-  int64_t slotsInAll = processor.slotCount;
-  for (const ProcessorSpec& other : scenario.processors) slotsInAll += other.slotCount;
-  if (slotsInAll > mostSlotsInAll) table.Fail("slots", "at most 8000000 slots in all loggers");
+  processor.cellCount = static_cast<uint32_t>(table.Integer("slots", 2, mostCells).value_or(defaultCells));
+  int64_t cellsInAll = processor.cellCount;
+  for (const ProcessorSpec& other : scenario.processors) cellsInAll += other.cellCount;
+  if (cellsInAll > mostCellsInAll) table.Fail("slots", "at most 8000000 slots in all loggers");
   processor.bufferAddress = firstBufferAddress + index * bufferDistance;
   ParseTasks(table, processor, (index + 1) << 16 | 1, names);
   table.Finish();

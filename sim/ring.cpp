@@ -7,11 +7,11 @@ namespace sim {
 namespace {
 
 constexpr uint32_t headerWords = 2;
-constexpr uint32_t slotWords = 2;
+constexpr uint32_t cellWords = 2;
 constexpr uint32_t typeMarker = 15;
 constexpr uint32_t upperTickMask = 0xFFF00000;
-// A reader tells the tick format from this many slots.
-constexpr uint32_t formatSlots = 4;
+// A reader tells the tick format from this many cells.
+constexpr uint32_t formatCells = 4;
 
 uint32_t TimeTypeWord(uint64_t time, uint32_t type, int tickBits) {
   const uint32_t low = static_cast<uint32_t>(time) & 0xFFFF;
@@ -21,26 +21,26 @@ uint32_t TimeTypeWord(uint64_t time, uint32_t type, int tickBits) {
 
 }  // namespace
 
-Ring::Ring(uint32_t slotCount, int tickBits)
-    : slotCount_(slotCount), tickBits_(tickBits), words_(headerWords + size_t{slotCount} * slotWords) {
+Ring::Ring(uint32_t cellCount, int tickBits)
+    : cellCount_(cellCount), tickBits_(tickBits), words_(headerWords + size_t{cellCount} * cellWords) {
   Clear(0);
 }
 
 void Ring::Clear(uint64_t time) {
-  for (uint32_t slot = 0; slot < slotCount_; ++slot) PutMarker(slot);
+  for (uint32_t cell = 0; cell < cellCount_; ++cell) PutMarker(cell);
   SetReference(time);
   newest_ = time;
   next_ = 0;
 }
 
 void Ring::Write(uint64_t time, uint32_t type, uint32_t id) {
-  PutSlot(next_, TimeTypeWord(time, type, tickBits_), id);
+  PutCell(next_, TimeTypeWord(time, type, tickBits_), id);
   newest_ = time;
-  next_ = next_ + 1 == slotCount_ ? 0 : next_ + 1;
+  next_ = next_ + 1 == cellCount_ ? 0 : next_ + 1;
   // What was the current lap is now the previous one, and all of it lies at or before this record.
   if (next_ == 0) SetReference(time);
   PutMarker(next_);
-  if (next_ == formatSlots && tickBits_ == 28 && FirstSlotsLookNarrow()) StartLapOver();
+  if (next_ == formatCells && tickBits_ == 28 && FirstCellsLookNarrow()) StartLapOver();
 }
 
 void Ring::SetReference(uint64_t time) {
@@ -48,29 +48,29 @@ void Ring::SetReference(uint64_t time) {
   words_[1] = static_cast<uint32_t>(time);
 }
 
-void Ring::PutSlot(uint32_t slot, uint32_t timeType, uint32_t id) {
-  uint32_t* words = &words_[headerWords + size_t{slot} * slotWords];
+void Ring::PutCell(uint32_t cell, uint32_t timeType, uint32_t id) {
+  uint32_t* words = &words_[headerWords + size_t{cell} * cellWords];
   words[0] = timeType;
   words[1] = id;
 }
 
 // A marker filled with ones also says that ticks are 28 bits wide, so it must not in the 16-bit format.
-void Ring::PutMarker(uint32_t slot) {
-  PutSlot(slot, tickBits_ == 28 ? 0xFFFFFFFF : typeMarker << 16 | 0xFFFF, 0xFFFFFFFF);
+void Ring::PutMarker(uint32_t cell) {
+  PutCell(cell, tickBits_ == 28 ? 0xFFFFFFFF : typeMarker << 16 | 0xFFFF, 0xFFFFFFFF);
 }
 
-bool Ring::FirstSlotsLookNarrow() const {
-  for (uint32_t slot = 0; slot < formatSlots; ++slot) {
-    if (words_[headerWords + size_t{slot} * slotWords] & upperTickMask) return false;
+bool Ring::FirstCellsLookNarrow() const {
+  for (uint32_t cell = 0; cell < formatCells; ++cell) {
+    if (words_[headerWords + size_t{cell} * cellWords] & upperTickMask) return false;
   }
   return true;
 }
 
 // A lap that begins within the first 2^16 ticks of a span would be taken for one of 16-bit ticks once the
-// marker has left the first slots. Turning the ring back until the marker stands in slot 0 keeps every record
+// marker has left the first cells. Turning the ring back until the marker stands in cell 0 keeps every record
 // and makes all of them the previous lap.
 void Ring::StartLapOver() {
-  std::rotate(words_.begin() + headerWords, words_.begin() + headerWords + formatSlots * slotWords,
+  std::rotate(words_.begin() + headerWords, words_.begin() + headerWords + formatCells * cellWords,
               words_.end());
   next_ = 0;
   SetReference(newest_);

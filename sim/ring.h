@@ -19,8 +19,8 @@ inline constexpr uint32_t recordTimingIssue = 7;
 // The encoder. At all times Words() is a buffer that decodes to the newest records written.
 class Ring {
  public:
-  // slotCount: at least 2. tickBits: 28 or 16.
-  Ring(uint32_t slotCount, int tickBits);
+  // cellCount: at least 2. tickBits: 28 or 16.
+  Ring(uint32_t cellCount, int tickBits);
 
   // Empties the buffer: markers only. Later records lie at or after `time`.
   void Clear(uint64_t time);
@@ -30,19 +30,19 @@ class Ring {
 
   uint64_t Newest() const { return newest_; }  // time of the newest record, or that given to Clear()
   uint64_t Span() const { return uint64_t{1} << tickBits_; }
-  uint32_t SlotCount() const { return slotCount_; }
+  uint32_t CellCount() const { return cellCount_; }
   const std::vector<uint32_t>& Words() const { return words_; }
 
  private:
   void SetReference(uint64_t time);
-  void PutSlot(uint32_t slot, uint32_t timeType, uint32_t id);
-  void PutMarker(uint32_t slot);
-  bool FirstSlotsLookNarrow() const;
+  void PutCell(uint32_t cell, uint32_t timeType, uint32_t id);
+  void PutMarker(uint32_t cell);
+  bool FirstCellsLookNarrow() const;
   void StartLapOver();
 
-  uint32_t slotCount_;
+  uint32_t cellCount_;
   int tickBits_;
-  uint32_t next_ = 0;  // slot of the marker, where the next record goes
+  uint32_t next_ = 0;  // cell of the marker, where the next record goes
   uint64_t newest_ = 0;
   std::vector<uint32_t> words_;
 };

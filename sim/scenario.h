@@ -86,7 +86,7 @@ struct Testpoint {
 // One processor with its task set and its logger: the scheduler's, or that of a numbered kernel.
 struct ProcessorSpec {
   int number = schedulerNumber;
-  uint32_t slotCount = 0;
+  uint32_t cellCount = 0;
   uint32_t bufferAddress = 0;
   std::vector<Task> tasks;  // the idle task last
   std::vector<Testpoint> testpoints;

@@ -113,7 +113,8 @@ void TaskRunner::StartWait(const Action& action) {
   uint64_t lastsNs = action.lastsNs;
   if (action.jitterNs > 0) lastsNs += state.otherRandom.Below(2 * action.jitterNs + 1) - action.jitterNs;
   // Another number than that of any action, so that the longer waits are chosen apart from the waits.
-  if (Happens(action.longer.when, state, state.cycle, ~state.nextAction)) lastsNs += action.longer.byNs;
+  if (Happens(action.longer.when, state, state.cycle, ~uint64_t{state.nextAction}))
+    lastsNs += action.longer.byNs;
   AddTimer({nowNs_ + lastsNs, TimerKind::resume, running_});
   GiveWay(recordPlainSwitch);
 }

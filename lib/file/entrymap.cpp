@@ -12,7 +12,7 @@ void _STLTaskLog::EntryMap::Add(const Record& record) {
   sorter_.Add(record);
 }
 
-NewRun _STLTaskLog::EntryMap::Pair() {
+NewSeries _STLTaskLog::EntryMap::Pair() {
   first_ = last_ = log_.entries.end();
   sorter_.ForEachByTime(
       [this](const Record& record, STLTask* task, std::size_t number) { PairRecord(record, task, number); });

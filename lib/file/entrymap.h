@@ -31,7 +31,7 @@ class _STLTaskLog::EntryMap {
 
   // Sets the task ids and returns the entries, which lie at the start of the spare room of the log's array.
   // Cannot fail.
-  NewRun Pair();
+  NewSeries Pair();
 
  private:
   using Record = RecordSorter::Record;

@@ -114,7 +114,7 @@ u32 _STLTaskLog::AppendFromFile(const char* path) {
   } catch (const std::bad_alloc&) {
     status = TLErrOutOfMemory;
   }
-  const NewRun entriesOfFile = map.Pair();
+  const NewSeries entriesOfFile = map.Pair();
   if (status == TL_OK) TakeNewEntries({}, entriesOfFile);
   return status;
 }

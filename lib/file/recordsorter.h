@@ -7,8 +7,8 @@
 #include "model/model.h"
 
 // Collects records in the order of the file and yields them by time, those of one time in the order of the
-// file. A section is mostly in the order of time already, which makes it one run; one that goes backward
-// makes several. The cost of a record does not depend on the number of runs.
+// file. A section is mostly in the order of time already, which makes it one series; one that goes backward
+// makes several. The cost of a record does not depend on the number of series.
 //
 // All memory is obtained while records arrive.
 class RecordSorter {
@@ -22,7 +22,7 @@ class RecordSorter {
   // Begins a section, of a task or (null) of testpoints or timing issues.
   void BeginSection(STLTask* task) {
     task_ = task;
-    inRun_ = false;
+    inSeries_ = false;
   }
   std::size_t RoomLeft() const { return records_.SpareSize(); }
   // Makes room for more records and returns how many there may be then in all; throws bad_alloc.
@@ -41,7 +41,7 @@ class RecordSorter {
 
  private:
   // Records of one section in the order of time.
-  struct Run {
+  struct Series {
     STLTask* task;
     std::size_t begin;  // what lies before has been yielded
     std::size_t gathered;
@@ -54,22 +54,24 @@ class RecordSorter {
     STLTask* task;
   };
 
-  void BeginRun();
-  std::size_t Capacity() const { return items_.size() / 2; }
+  void MakeRoomToSort();
+  void BeginSeries();
+  std::size_t Capacity() const { return items_.SpareSize() / 2; }
   bool GatherNext();
-  bool DropFinishedRuns(u64& earliest);
+  bool DropFinished(u64& earliest);
   bool Gather(u64 begin, u64 width);
-  bool GatherRun(Run& run, u64 begin, u64 width);
-  void NoteDensity(const Run& run, u64 begin);
+  bool GatherSeries(Series& series, u64 begin, u64 width);
+  void NoteDensity(const Series& series, u64 begin);
   void SortGathered(u64 begin, u64 width);
 
   GrowingArray<Record> records_;
-  STLTask* task_ = nullptr;  // of the section; null for testpoints and timing issues
-  bool inRun_ = false;       // whether the section's last run takes more records
-  std::vector<Run> runs_;    // in the order of the file
+  STLTask* task_ = nullptr;     // of the section; null for testpoints and timing issues
+  bool inSeries_ = false;       // whether the section's last series takes more records
+  std::vector<Series> series_;  // in the order of the file
 
-  std::vector<Item> items_;  // two halves: gathered records and, while they are sorted, their next order
+  // Two halves, all of it spare room: gathered records and, while they are sorted, their next order.
+  GrowingArray<Item> items_;
   std::size_t itemCount_ = 0;
-  u64 dense_ = 0;             // ticks to where one run alone has more records than can be gathered
+  u64 dense_ = 0;             // ticks to where one series alone has more records than can be gathered
   u64 width_ = u64{1} << 20;  // ticks gathered at once
 };

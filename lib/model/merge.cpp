@@ -15,19 +15,20 @@ struct Stretch {
   std::size_t end;
 };
 
-// Merges a run of new entries into the `held` entries at `data`, behind which there is room for it. Works
-// from the back, and so touches nothing before the run's first place. Returns the stretch that holds the run.
+// Merges a series of new entries into the `held` entries at `data`, behind which there is room for it. Works
+// from the back, and so touches nothing before the first place of the series. Returns the stretch that holds
+// it.
 template <class GoesBehind>
-Stretch MergeRun(_STLEntry* data, std::size_t held, NewRun run, GoesBehind goesBehind) {
-  std::size_t count = run.size();
+Stretch MergeSeries(_STLEntry* data, std::size_t held, NewSeries series, GoesBehind goesBehind) {
+  std::size_t count = series.size();
   std::size_t to = held + count;
   Stretch stretch{to, 0};
   while (count > 0) {
-    if (held > 0 && !goesBehind(run[count - 1].timestamp, data[held - 1].timestamp)) {
+    if (held > 0 && !goesBehind(series[count - 1].timestamp, data[held - 1].timestamp)) {
       data[--to] = data[--held];
     } else {
       stretch.end = std::max(stretch.end, to);
-      data[--to] = run[--count];
+      data[--to] = series[--count];
     }
   }
   stretch.begin = to;
@@ -39,7 +40,7 @@ constexpr auto goesBehindEqual = [](u64 fresh, u64 held) { return fresh >= held;
 constexpr auto goesBeforeEqual = [](u64 fresh, u64 held) { return fresh > held; };
 
 // Whether new entries at the start of the spare room, those of `before` first, are in their place there.
-bool AreInPlace(const EntryArray& entries, NewRun before, NewRun behind) {
+bool AreInPlace(const EntryArray& entries, NewSeries before, NewSeries behind) {
   if (!before.empty() && !behind.empty() &&
       !goesBehindEqual(behind.front().timestamp, before.back().timestamp))
     return false;
@@ -49,17 +50,17 @@ bool AreInPlace(const EntryArray& entries, NewRun before, NewRun behind) {
                         : goesBeforeEqual(before.front().timestamp, last);
 }
 
-// Merges both runs into the entries, behind which there is room for them. Returns the stretch that holds
+// Merges both series into the entries, behind which there is room for them. Returns the stretch that holds
 // both.
-Stretch MergeRuns(EntryArray& entries, NewRun before, NewRun behind) {
+Stretch MergeBoth(EntryArray& entries, NewSeries before, NewSeries behind) {
   const std::size_t held = entries.size();
-  const Stretch last = MergeRun(entries.begin(), held, behind, goesBehindEqual);
-  const Stretch first = MergeRun(entries.begin(), held + behind.size(), before, goesBeforeEqual);
+  const Stretch last = MergeSeries(entries.begin(), held, behind, goesBehindEqual);
+  const Stretch first = MergeSeries(entries.begin(), held + behind.size(), before, goesBeforeEqual);
   return {std::min(first.begin, last.begin), std::max(first.end, last.end + before.size())};
 }
 
-// Takes two runs, one behind the other, out of the way of a merge.
-void MoveAside(EntryArray& aside, NewRun& before, NewRun& behind) {
+// Takes two series, one behind the other, out of the way of a merge.
+void MoveAside(EntryArray& aside, NewSeries& before, NewSeries& behind) {
   const std::size_t count = before.size() + behind.size();
   _STLEntry* const copy = aside.Spare(count);
   std::copy_n((before.empty() ? behind : before).data(), count, copy);
@@ -70,7 +71,7 @@ void MoveAside(EntryArray& aside, NewRun& before, NewRun& behind) {
 }  // namespace
 
 // All memory is obtained before anything changes.
-void _STLTaskLog::TakeNewEntries(NewRun before, NewRun behind) {
+void _STLTaskLog::TakeNewEntries(NewSeries before, NewSeries behind) {
   const std::size_t held = entries.size();
   const std::size_t count = before.size() + behind.size();
   if (count == 0) return;
@@ -85,7 +86,7 @@ void _STLTaskLog::TakeNewEntries(NewRun before, NewRun behind) {
 
   for (const _STLEntry& entry : before) CountEntry(entry);
   for (const _STLEntry& entry : behind) CountEntry(entry);
-  const Stretch changed = inPlace ? Stretch{held, held + count} : MergeRuns(entries, before, behind);
+  const Stretch changed = inPlace ? Stretch{held, held + count} : MergeBoth(entries, before, behind);
   entries.Extend(count);
   FillInOldTasks(changed.begin, changed.end);
   timeIndex_.Update(entries, changed.begin);

@@ -152,7 +152,7 @@ struct _STLEntryIterator {
 };
 
 // New entries in the order of time.
-using NewRun = std::span<const _STLEntry>;
+using NewSeries = std::span<const _STLEntry>;
 
 class Source;
 
@@ -179,11 +179,11 @@ struct _STLTaskLog {
                                 u64 to) const;  // owned by the caller
   u64 GetEntriesCount(const _STLCategory* category, u64 types, u64 from, u64 to) const;
 
-  // Merges two runs of new entries. Among equal times those of `before` go before the held entries, those of
-  // `behind` behind them. The runs lie one behind the other; at the start of the spare room of `entries` they
-  // are not copied when that is their place. Ends every append. Throws bad_alloc, with the entries as they
-  // were.
-  void TakeNewEntries(NewRun before, NewRun behind);
+  // Merges two series of new entries. Among equal times those of `before` go before the held entries, those
+  // of `behind` behind them. The series lie one behind the other; at the start of the spare room of `entries`
+  // they are not copied when that is their place. Ends every append. Throws bad_alloc, with the entries as
+  // they were.
+  void TakeNewEntries(NewSeries before, NewSeries behind);
   // Puts the task that was running into slot 1 of the entries, where those from `from` up to `to` are new.
   void FillInOldTasks(std::size_t from, std::size_t to);
 

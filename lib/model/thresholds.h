@@ -31,7 +31,12 @@ inline constexpr std::size_t recordRoom = Choose(1024, 1);
 inline constexpr std::size_t digitBits = Choose(11, 4);
 // lib/file/stream.h: bytes that a stream keeps back, and of a block within it, which holds the longest
 // string.
+#ifdef TASKLOG_FUZZ
+// The address sanitizer maps each block of more than 128 KiB anew, for files that never fill it.
+inline constexpr std::size_t streamBuffer = Choose(8192, 64);
+#else
 inline constexpr std::size_t streamBuffer = Choose(std::size_t{256} << 10, 64);
+#endif
 inline constexpr std::size_t fileBlock = Choose(4096, 256);
 // lib/file/eventcategories.h: categories that are remembered.
 inline constexpr std::size_t remembered = Choose(256, 2);

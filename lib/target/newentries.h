@@ -44,8 +44,8 @@ class NewEntries {
     return place;
   }
 
-  // Moves all to the start of their room, each run in the order of time. Entries of one time that were read
-  // backward came newest first and lie in reverse, so they are in order too.
+  // Moves all to the start of their room, each series in the order of time. Entries of one time that were
+  // read backward came newest first and lie in reverse, so they are in order too.
   void Close() {
     if (!ordered_) {
       std::stable_sort(backward_, middle_, CompareEntriesByTime());
@@ -58,8 +58,8 @@ class NewEntries {
     middle_ -= gap;
     forward_ -= gap;
   }
-  NewRun ReadBackward() const { return {backward_, middle_}; }
-  NewRun ReadForward() const { return {middle_, forward_}; }
+  NewSeries ReadBackward() const { return {backward_, middle_}; }
+  NewSeries ReadForward() const { return {middle_, forward_}; }
 
  private:
   _STLEntry* PlaceFor(std::size_t count) {

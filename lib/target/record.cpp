@@ -6,10 +6,10 @@
 u32 RecordTick(u32 timeWord) { return (timeWord & 0xFFFF) | (timeWord >> 4 & 0x0FFF0000); }
 
 // A controller with narrow ticks leaves the upper bits zero in every record, marker included.
-int DetectTimeBits(const u32* slots, u32 slotCount) {
-  const u32 examined = std::min(slotCount, 4u);
-  for (u32 slot = 0; slot < examined; ++slot)
-    if (slots[2 * slot] >> 20) return 28;
+int DetectTimeBits(const u32* cells, u32 cellCount) {
+  const u32 examined = std::min(cellCount, 4u);
+  for (u32 cell = 0; cell < examined; ++cell)
+    if (cells[2 * cell] >> 20) return 28;
   return 16;
 }
 

@@ -14,16 +14,16 @@ void Ring::Resize(u32 wordCount) {
   wordCount_ = wordCount;
 }
 
-Laps::Laps(const Ring& ring) : timeBits(DetectTimeBits(ring.Slot(0), ring.SlotCount())) {
-  const u32 slotCount = ring.SlotCount();
-  while (marker < slotCount && !ring.IsMarker(marker)) ++marker;
+Laps::Laps(const Ring& ring) : timeBits(DetectTimeBits(ring.Cell(0), ring.CellCount())) {
+  const u32 cellCount = ring.CellCount();
+  while (marker < cellCount && !ring.IsMarker(marker)) ++marker;
 
   // A record like its neighbour has the same time and so makes no entry of its own. In a ring that counts as
   // one of 16-bit ticks, this does not hold for a record that uses the upper bits.
-  const auto addsNothing = [&](const u32* slot) {
-    return slot[0] == slot[-2] && slot[1] == slot[-1] && (timeBits == 28 || slot[0] >> 20 == 0);
+  const auto addsNothing = [&](const u32* cell) {
+    return cell[0] == cell[-2] && cell[1] == cell[-1] && (timeBits == 28 || cell[0] >> 20 == 0);
   };
-  u32 end = slotCount;
-  while (end > marker + 2 && addsNothing(ring.Slot(end - 1))) --end;
+  u32 end = cellCount;
+  while (end > marker + 2 && addsNothing(ring.Cell(end - 1))) --end;
   previousRoom = end - std::min(end, marker + 1);
 }

@@ -1,4 +1,4 @@
-// A copy of a ring: docs/ring-buffer.md. A slot here is a cell there.
+// A copy of a ring: docs/ring-buffer.md.
 #pragma once
 
 #include <memory>
@@ -15,9 +15,9 @@ class Ring {
   u32* Words() { return words_.get(); }
   u32 WordCount() const { return wordCount_; }
   u64 ReferenceTime() const { return u64{words_[0]} << 32 | words_[1]; }
-  u32 SlotCount() const { return (wordCount_ - 2) / 2; }  // a last cell that is not whole counts for nothing
-  const u32* Slot(u32 index) const { return words_.get() + 2 + 2 * std::size_t{index}; }
-  bool IsMarker(u32 index) const { return RecordType(*Slot(index)) == markerType; }
+  u32 CellCount() const { return (wordCount_ - 2) / 2; }  // a last cell that is not whole counts for nothing
+  const u32* Cell(u32 index) const { return words_.get() + 2 + 2 * std::size_t{index}; }
+  bool IsMarker(u32 index) const { return RecordType(*Cell(index)) == markerType; }
 
  private:
   std::unique_ptr<u32[], Free> words_;

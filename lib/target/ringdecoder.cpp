@@ -3,18 +3,18 @@
 
 u32 RingDecoder::Decode() {
   acquisition_.time = ring_.ReferenceTime();
-  for (u32 slot = 0; slot < laps_.marker; ++slot)
-    if (!DecodeSlot(slot, true)) return TLErrCanceled;
+  for (u32 cell = 0; cell < laps_.marker; ++cell)
+    if (!DecodeCell(cell, true)) return TLErrCanceled;
   acquisition_.time = ring_.ReferenceTime();
-  for (u32 slot = ring_.SlotCount(); slot > laps_.marker + 1 && !ring_.IsMarker(slot - 1);)
-    if (!DecodeSlot(--slot, false)) return TLErrCanceled;
+  for (u32 cell = ring_.CellCount(); cell > laps_.marker + 1 && !ring_.IsMarker(cell - 1);)
+    if (!DecodeCell(--cell, false)) return TLErrCanceled;
   acquisition_.added.Close();
   return TL_OK;
 }
 
 // False when the caller asked to stop.
-bool RingDecoder::DecodeSlot(u32 slot, bool forward) {
-  log_.AddEntry(ring_.Slot(slot), forward, acquisition_);
+bool RingDecoder::DecodeCell(u32 cell, bool forward) {
+  log_.AddEntry(ring_.Cell(cell), forward, acquisition_);
   ++recordsDecoded_;
   return !progress_.IsWanted() || !progress_.CanceledAt(Fraction());
 }

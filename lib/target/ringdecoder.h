@@ -24,7 +24,7 @@ class RingDecoder {
   u32 FetchError() const { return acquisition_.fetchError; }
 
  private:
-  bool DecodeSlot(u32 slot, bool forward);
+  bool DecodeCell(u32 cell, bool forward);
   double Fraction() const;
 
   _STLTaskLog& log_;

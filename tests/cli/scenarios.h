@@ -4,7 +4,7 @@
 
 #include <string>
 
-// The scheduler's logger with `slots` slots: a task every 10 ms that runs for 2 ms, so 2 records in 10 ms.
+// The scheduler's logger with `slots` cells: a task every 10 ms that runs for 2 ms, so 2 records in 10 ms.
 // Each read finds it `step` later. The timer counts microseconds from 1 s on.
 inline std::string SteppedScenario(const std::string& step, int slots) {
   return "clock = \"stepped\"\nstep = \"" + step +

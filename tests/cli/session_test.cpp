@@ -3,6 +3,7 @@
 // session has a folder of its own with the files below.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
 
 #include "cli/program.h"
@@ -52,6 +53,7 @@ std::vector<fs::path> Sessions() {
   for (const auto& item : fs::recursive_directory_iterator(TASKLOG_TESTS_DIR)) {
     if (item.path().parent_path().filename() == "sessions") sessions.push_back(item.path());
   }
+  std::sort(sessions.begin(), sessions.end());  // alike in each shard
   return sessions;
 }
 

@@ -12,7 +12,8 @@
 
 namespace {
 
-// What stands on the disk does not depend on a sanitizer, which makes starting a program slow.
+// What stands on the disk does not depend on a sanitizer, which makes starting a program slow. What the
+// command does about calls that fail may.
 #ifdef __SANITIZE_ADDRESS__
 constexpr int stride = 5;
 #else
@@ -97,10 +98,11 @@ class CommandFaults : public testing::Test {
         for (int at = before_[i][kind] + 1; !HasFailure(); at += stride, ++count) {
           SCOPED_TRACE(kind + " " + std::to_string(at) + " of recording " + std::to_string(i));
           const TempFolder folder;
-          const Result result =
-              Record(folder, recordings[i],
-                     {"-e", "trace=" + kind, "-e",
-                      "inject=" + kind + ":" + disturbance + ":when=" + std::to_string(at)});
+          Words options{"-e", "trace=" + kind, "-e",
+                        "inject=" + kind + ":" + disturbance + ":when=" + std::to_string(at)};
+          // Stops at no other calls, but then strace sends no signals.
+          if (disturbance.starts_with("error")) options.insert(options.end(), {"-f", "--seccomp-bpf"});
+          const Result result = Record(folder, recordings[i], options);
           const std::string calls = folder.Read("calls");
           if (calls.find("INJECTED") == calls.npos && calls.find("killed by") == calls.npos) break;
           ExpectOldOrNew(recordings[i], Contents(folder, recordings[i]), whole_[i], result.exitCode);
@@ -130,6 +132,7 @@ class CommandFaults : public testing::Test {
 };
 
 TEST_F(CommandFaults, KilledLeavesOldOrNewFiles) {
+  if (stride > 1) GTEST_SKIP() << "the build without sanitizers does this";
   Sweep({"openat", "write", "fchmod", "chmod", "fsync", "rename", "mkdir", "unlink", "rmdir", "flock"},
         "signal=KILL",
         [](const auto&, const auto&, const Result& result) { EXPECT_EQ(result.exitCode, -SIGKILL); });

@@ -57,11 +57,11 @@ Log FilledLog(Setting setting) {
 template <class Operation>
 void Count(const std::string& name, Setting setting, Operation operation) {
   const std::string label = LabelOf(name, setting);
-  CALLGRIND_START_INSTRUMENTATION;
+  CALLGRIND_TOGGLE_COLLECT;
   CALLGRIND_ZERO_STATS;
   operation();
   CALLGRIND_DUMP_STATS_AT(label.c_str());
-  CALLGRIND_STOP_INSTRUMENTATION;
+  CALLGRIND_TOGGLE_COLLECT;
 }
 
 void CountAppends(Setting setting) {
@@ -124,7 +124,7 @@ void CountFile(const FileShape& shape, Setting setting, const char* path) {
 // Several polls, of which each brings some records of what the buffer holds.
 void CountPolls(Setting setting) {
   constexpr std::size_t polls = 8;
-  constexpr std::size_t slotCount = 512;
+  constexpr std::size_t cellCount = 512;
   constexpr std::size_t newRecords = 64;
   const auto records = bench::MakeRecords(setting.taskCount, 1, setting.entries + polls * newRecords);
   const std::span<const bench::Record> all(records);
@@ -135,7 +135,7 @@ void CountPolls(Setting setting) {
   std::vector<std::vector<std::uint32_t>> rings;
   for (std::size_t poll = 1; poll <= polls; ++poll) {
     const std::size_t written = setting.entries + poll * newRecords;
-    rings.push_back(bench::RingOf(all.subspan(written - slotCount + 1, slotCount - 1), slotCount, written));
+    rings.push_back(bench::RingOf(all.subspan(written - cellCount + 1, cellCount - 1), cellCount, written));
   }
   Count("poll", setting, [&] {
     for (std::vector<std::uint32_t>& ring : rings) {
@@ -182,9 +182,9 @@ int Run() {
     CountAppends(setting);
     CountFiles(setting, path);
   }
-  for (const Setting setting : shapeSettings) {
-    for (const RingShape& shape : ringShapes) CountRing(shape, setting, path);
-    for (const FileShape& shape : fileShapes) CountFile(shape, setting, path);
+  for (const std::size_t factor : {1, 2, 4}) {
+    for (const RingShape& shape : ringShapes) CountRing(shape, {factor * SmallestShape(false), 0}, path);
+    for (const FileShape& shape : fileShapes) CountFile(shape, {factor * SmallestShape(true), 0}, path);
   }
   for (const Setting setting : flatSettings) {
     CountPolls(setting);

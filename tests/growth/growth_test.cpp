@@ -36,9 +36,10 @@ std::string Behind(std::string_view word, const std::filesystem::path& path) {
 std::map<std::string, double> CountInstructions() {
   const std::string folder = testing::TempDir() + "growth_" + std::to_string(getpid());
   std::filesystem::create_directory(folder);
-  const std::string command = std::string(environment) + "'" + GROWTH_VALGRIND +
-                              "' --tool=callgrind --instr-atstart=no --callgrind-out-file='" + folder +
-                              "/counts' '" + GROWTH_DRIVER + "'";
+  const std::string command =
+      std::string(environment) + "'" + GROWTH_VALGRIND +
+      "' --tool=callgrind --collect-atstart=no --dump-line=no --callgrind-out-file='" + folder +
+      "/counts' '" + GROWTH_DRIVER + "'";
   if (std::system(command.c_str()) != 0) throw std::runtime_error("failed: " + command);
   std::map<std::string, double> counts;
   for (const auto& file : std::filesystem::directory_iterator(folder)) {
@@ -88,6 +89,7 @@ TEST_F(Growth, IsNearlyLinearWhateverTheShape) {
   int shapes = 0;
   for (const auto& [label, count] : counts_) {
     const std::string operation = label.substr(0, label.find('/'));
+    const std::size_t smallestShape = SmallestShape(operation.starts_with("file of "));
     if (operation.find(" of ") == operation.npos || label != LabelOf(operation, {smallestShape, 0})) continue;
     const double lower = PerEntry(operation, smallestShape, 2 * smallestShape, 0);
     const double upper = PerEntry(operation, 2 * smallestShape, 4 * smallestShape, 0);

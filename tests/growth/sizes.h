@@ -16,10 +16,8 @@ struct Setting {
 inline constexpr std::size_t smallest = 8000;
 inline constexpr Setting linearSettings[] = {{smallest, 8},   {2 * smallest, 8},   {4 * smallest, 8},
                                              {smallest, 512}, {2 * smallest, 512}, {4 * smallest, 512}};
-// The same, of the shapes of shapes.h.
-inline constexpr std::size_t smallestShape = 1600;
-inline constexpr Setting shapeSettings[] = {
-    {smallestShape, 0}, {2 * smallestShape, 0}, {4 * smallestShape, 0}};
+// The same, of the shapes of shapes.h. The largest file has more records than the reader sorts at once.
+constexpr std::size_t SmallestShape(bool isFile) { return isFile ? 1100 : 800; }
 // Of operations that must not.
 inline constexpr std::size_t few = 4096;
 inline constexpr std::size_t many = 16 * few;

@@ -17,7 +17,7 @@ rc::Gen<std::uint32_t> AnyId() {
   return rc::gen::element<std::uint32_t>(1, 2, 3, 77, 0x9000, 0x9004, 0x53544B4F, 0x4C415445, 3, 0xFFFFFFFF);
 }
 
-// Slots whose times follow each other in steps below a span, most of them short; no markers.
+// Cells whose times follow each other in steps below a span, most of them short; no markers.
 rc::Gen<std::vector<RingRecord>> AnyRecords(std::uint64_t start, std::uint64_t leastStep) {
   const auto step =
       rc::gen::weightedOneOf<std::uint64_t>({{8, rc::gen::inRange<std::uint64_t>(leastStep, leastStep + 4)},
@@ -33,20 +33,20 @@ rc::Gen<std::vector<RingRecord>> AnyRecords(std::uint64_t start, std::uint64_t l
                       });
 }
 
-sim::Ring EmptyRing(std::uint32_t slots, int tickBits) {
-  sim::Ring ring(slots, tickBits);
+sim::Ring EmptyRing(std::uint32_t cells, int tickBits) {
+  sim::Ring ring(cells, tickBits);
   ring.Clear(startTime);
   return ring;
 }
 
-// The log of somebody who reads a ring of few slots so often that nothing is lost.
+// The log of somebody who reads a ring of few cells so often that nothing is lost.
 LogPtr Poll(const std::vector<RingRecord>& records, int tickBits) {
-  const auto slots = *rc::gen::inRange<std::uint32_t>(2, 40);
-  sim::Ring ring = EmptyRing(slots, tickBits);
+  const auto cells = *rc::gen::inRange<std::uint32_t>(2, 40);
+  sim::Ring ring = EmptyRing(cells, tickBits);
   LogPtr log = NewLog();
   RC_ASSERT(AppendRing(log.get(), ring.Words()) == 0u);
   for (std::size_t next = 0; next < records.size();) {
-    const auto fresh = *rc::gen::inRange<std::uint32_t>(1, slots);  // at most what the ring holds
+    const auto fresh = *rc::gen::inRange<std::uint32_t>(1, cells);  // at most what the ring holds
     for (std::uint32_t i = 0; i < fresh && next < records.size(); ++i, ++next) {
       ring.Write(records[next].tick, records[next].type, records[next].id);
     }

@@ -32,7 +32,7 @@ class WallClock : public testing::Test {
   }
   ~WallClock() override { std::remove(path_.c_str()); }
 
-  std::unique_ptr<Controller> NewProcess(uint32_t slots = 512) {
+  std::unique_ptr<Controller> NewProcess(uint32_t cells = 512) {
     Scenario scenario = ParseScenario(R"([timer]
 resolution_ns = 1000
 [[kernel]]
@@ -44,7 +44,7 @@ slots = 512
 task = [{name = "A", priority = 9, period = "3ms", run = "1ms", jitter = "900us"},
         {name = "Rare", priority = 9, period = "70ms", offset = "35ms", run = "1ms"}])",
                                       "wall.toml");
-    scenario.processors[0].slotCount = slots;
+    scenario.processors[0].cellCount = cells;
     return std::make_unique<Controller>(std::move(scenario), StateStore(path_), [this] {
       if (const auto once = std::exchange(meanwhile_, nullptr)) once();
       return wallNs_;
@@ -148,20 +148,20 @@ TEST_F(WallClock, ForgetsAfterFiveMinutesWithoutContact) {
 
 // Catching up must not take longer and longer, so a buffer with room for more holds only the last minute.
 TEST_F(WallClock, TakesALongRunUpFromItsLastMinute) {
-  constexpr uint32_t slots = 1'000'000;
+  constexpr uint32_t cells = 1'000'000;
   const auto oldest = [](Controller& controller) {
-    std::vector<uint32_t> words(2 + 2 * slots);
+    std::vector<uint32_t> words(2 + 2 * cells);
     controller.ReadMemory(bufferAddress, words.data(), static_cast<uint32_t>(words.size()));
     return simtest::RecordsOf(words).front().time - 1'000'000;
   };
-  const auto first = NewProcess(slots);
+  const auto first = NewProcess(cells);
   first->CallProcedure("Scheduler.Logger.Start()");
   for (int minutes = 0; minutes < 15; minutes += 3, wallNs_ += 180'000 * ms) {
-    Read(*NewProcess(slots), otherBufferAddress);
+    Read(*NewProcess(cells), otherBufferAddress);
   }
-  EXPECT_EQ(oldest(*NewProcess(slots)), 0u);
+  EXPECT_EQ(oldest(*NewProcess(cells)), 0u);
   wallNs_ += 1 * ms;
-  EXPECT_EQ(oldest(*NewProcess(slots)), 840'001'000u);
+  EXPECT_EQ(oldest(*NewProcess(cells)), 840'001'000u);
   EXPECT_EQ(oldest(*first), 840'001'000u);
 }
 

@@ -30,7 +30,7 @@ std::string NameOf(const ProcessorSpec& spec, uint32_t id) {
 // What the tasks do in one step of the clock, taken in strides of so many nanoseconds.
 std::string Records(const Scenario& scenario, uint64_t strideNs) {
   const ProcessorSpec& spec = scenario.processors[0];
-  Logger logger(spec.slotCount, scenario.tickBits);
+  Logger logger(spec.cellCount, scenario.tickBits);
   TaskRunner runner(spec, scenario.seed, scenario.Clock(), logger);
   logger.Start(scenario.startTicks, runner.RunningTaskId(), std::nullopt);
   for (uint64_t now = strideNs; now < scenario.stepNs; now += strideNs)

@@ -170,27 +170,27 @@ class Log::RingAppend {
   }
 
   void ReadLaps() {
-    const std::size_t slots = (words_.size() - 2) / 2;
+    const std::size_t cells = (words_.size() - 2) / 2;
     bool wide = false;
-    for (std::size_t slot = 0; slot < std::min<std::size_t>(4, slots); ++slot) {
-      wide = wide || words_[2 + 2 * slot] >> 20 != 0;
+    for (std::size_t cell = 0; cell < std::min<std::size_t>(4, cells); ++cell) {
+      wide = wide || words_[2 + 2 * cell] >> 20 != 0;
     }
     span_ = std::uint64_t{1} << (wide ? 28 : 16);
     const std::uint64_t reference = std::uint64_t{words_[0]} << 32 | words_[1];
     std::size_t marker = 0;
     time_ = reference;
-    while (marker < slots && ReadSlot(marker, Direction::forward)) ++marker;
+    while (marker < cells && ReadCell(marker, Direction::forward)) ++marker;
     time_ = reference;
-    for (std::size_t slot = slots; slot > marker + 1 && ReadSlot(slot - 1, Direction::backward);) --slot;
+    for (std::size_t cell = cells; cell > marker + 1 && ReadCell(cell - 1, Direction::backward);) --cell;
   }
 
   // False for a marker.
-  bool ReadSlot(std::size_t slot, Direction direction) {
-    const std::uint32_t word = words_[2 + 2 * slot];
+  bool ReadCell(std::size_t cell, Direction direction) {
+    const std::uint32_t word = words_[2 + 2 * cell];
     const std::uint32_t type = word >> 16 & 0xF;
     if (type == 15) return false;
     const std::uint32_t tick = (word & 0xFFFF) | (word >> 4 & 0x0FFF0000);
-    AddEntry(type, ExtendedTime(tick, direction), words_[3 + 2 * slot], direction);
+    AddEntry(type, ExtendedTime(tick, direction), words_[3 + 2 * cell], direction);
     ++decoded_;
     double done = 0.75 + (tasksFetched_ ? 1 : 0) * 0.02;
     done += (testpointsFetched_ ? 1 : 0) * 0.01;

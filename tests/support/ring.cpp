@@ -6,12 +6,12 @@ std::uint32_t TimeWord(const RingRecord& record) {
   return (tick & 0x0FFF0000) << 4 | record.type << 16 | (tick & 0xFFFF);
 }
 
-std::vector<std::uint32_t> RingWords(std::uint64_t referenceTime, const std::vector<RingRecord>& slots) {
+std::vector<std::uint32_t> RingWords(std::uint64_t referenceTime, const std::vector<RingRecord>& cells) {
   std::vector<std::uint32_t> words = {static_cast<std::uint32_t>(referenceTime >> 32),
                                       static_cast<std::uint32_t>(referenceTime)};
-  for (const RingRecord& slot : slots) {
-    words.push_back(TimeWord(slot));
-    words.push_back(slot.id);
+  for (const RingRecord& cell : cells) {
+    words.push_back(TimeWord(cell));
+    words.push_back(cell.id);
   }
   return words;
 }

@@ -18,10 +18,10 @@ inline constexpr RingRecord marker{15, 0, 0};
 // A record's time/type word.
 std::uint32_t TimeWord(const RingRecord& record);
 
-// A whole buffer: the reference time, then the slots.
-std::vector<std::uint32_t> RingWords(std::uint64_t referenceTime, const std::vector<RingRecord>& slots);
+// A whole buffer: the reference time, then the cells.
+std::vector<std::uint32_t> RingWords(std::uint64_t referenceTime, const std::vector<RingRecord>& cells);
 
-// The slots of a buffer that has been written round: the current lap, the marker, the previous lap.
+// The cells of a buffer that has been written round: the current lap, the marker, the previous lap.
 std::vector<RingRecord> Laps(std::vector<RingRecord> current, const std::vector<RingRecord>& previous);
 
 inline constexpr std::int64_t ringAddress = 0x1000;

@@ -17,8 +17,11 @@ std::string Text(const char* text) { return text; }
 std::string Text(std::int64_t number) { return std::to_string(number); }
 
 std::string Hex(std::uint32_t value) {
-  char text[16];
-  std::snprintf(text, sizeof text, "0x%X", value);
+  constexpr char digits[] = "0123456789ABCDEF";
+  int shift = 28;
+  while (shift > 0 && value >> shift == 0) shift -= 4;
+  std::string text = "0x";
+  for (; shift >= 0; shift -= 4) text += digits[value >> shift & 0xF];
   return text;
 }
 

@@ -6,10 +6,10 @@
 namespace {
 
 // Reads a buffer into a log, then again: the second reading must find everything held.
-void ExpectDecoded(const char* name, std::uint64_t referenceTime, const std::vector<RingRecord>& slots,
+void ExpectDecoded(const char* name, std::uint64_t referenceTime, const std::vector<RingRecord>& cells,
                    const std::string& expected, const LogPtr& log = NewLog()) {
   for (int reading = 1; reading <= 2; ++reading) {
-    EXPECT_EQ(AppendRing(log.get(), RingWords(referenceTime, slots)), 0u);
+    EXPECT_EQ(AppendRing(log.get(), RingWords(referenceTime, cells)), 0u);
     EXPECT_EQ(DumpEntries(log.get()), expected) << name << ", reading " << reading;
   }
 }
@@ -29,7 +29,7 @@ TEST(Laps, AreReadFromTheReferenceTimeBothWays) {
                 "65280 4 Comm -; 74560 4 Idle Comm; 74565 4 Idle Idle; 131328 4 Ctrl Idle");
   ExpectDecoded("28 bits by a marker of ones", 0x12345678, {{15, 0x0FFFFFFF, 0xFFFFFFFF}, {4, 0x10, 1}},
                 "268435472 4 Idle -");
-  ExpectDecoded("28 bits by the fourth slot", 0,
+  ExpectDecoded("28 bits by the fourth cell", 0,
                 {{2, 1, 1}, {2, 2, 1}, {2, 3, 1}, {2, 0x10004, 1}, {2, 2, 1}},
                 "1 2 Idle -; 2 2 Idle -; 3 2 Idle -; 65540 2 Idle -; 268435458 2 Idle -");
   ExpectDecoded("16 bits, whatever the fifth says", 0,

@@ -10,7 +10,7 @@ inline constexpr int threadCount = 4;
 void InThreads(const std::function<void(int)>& work);
 
 // A machine on the stepped clock: every read of a buffer moves its time on by 1 ms, in which kernel 1 adds
-// four records. The scheduler's ring of 64 slots goes round, that of kernel 1 has room for all. Both loggers
+// four records. The scheduler's ring of 64 cells goes round, that of kernel 1 has room for all. Both loggers
 // run.
 class Machine {
  public:

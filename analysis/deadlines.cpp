@@ -1,0 +1,184 @@
+// Timing issues that a controller raises because a job is late, told from those that are messages.
+#include <algorithm>
+#include <map>
+
+#include "lateness.h"
+
+namespace analysis {
+namespace {
+
+// An issue during a job.
+struct Raised {
+  std::size_t issue;  // its place in Schedule::Issues()
+  std::size_t place;  // of the job
+  Ticks elapsed;      // since its activation
+};
+
+// Issues raised for a deadline come at one time after the activation, to this many ticks or this share of it.
+constexpr Ticks fewTicks = 3;
+constexpr Ticks partsOff = 400;
+// Of the jobs that take longer than a deadline, so many in ten have its issue.
+constexpr std::size_t mostHaveIt = 8;
+// Of the issues, so many in ten come during late jobs of the task.
+constexpr std::size_t nearlyAll = 9;
+// So many jobs with an issue are enough to tell, of each task; so many issues to tell a message.
+constexpr std::size_t mostPairs = 65536;
+constexpr std::size_t mostSamples = 256;
+
+bool IsNear(Ticks one, Ticks other) {
+  const Ticks distance = one > other ? one - other : other - one;
+  return distance <= std::max(fewTicks, other / partsOff);
+}
+
+Ticks ExecutedBy(const Schedule& schedule, TaskIndex task, const Stretch& until) {
+  Ticks sum = 0;
+  schedule.ForEachRun(until, [&](TaskIndex by, const Stretch& run) { sum += by == task ? run.Length() : 0; });
+  return sum;
+}
+
+// By their places among the issues of the lane.
+using RaisedBySubject = std::map<SubjectIndex, std::vector<Raised>>;
+
+// `end` becomes the place behind the last job that was looked at.
+RaisedBySubject IssuesDuringJobs(const Schedule& schedule, TaskIndex task, std::size_t& end) {
+  RaisedBySubject all;
+  std::size_t pairs = 0;
+  const std::vector<PastMark>& issues = schedule.Issues();
+  std::size_t issue = 0;
+  const std::vector<PastJob>& jobs = schedule.JobsOf(task);
+  end = jobs.size();
+  for (std::size_t place = 0; place < jobs.size() && issue < issues.size(); ++place) {
+    const PastJob& job = jobs[place];
+    if (pairs >= mostPairs) return end = place, all;
+    while (issue < issues.size() && issues[issue].time <= job.activation) ++issue;
+    if (job.cutBegin) continue;
+    for (std::size_t one = issue; one < issues.size() && issues[one].time <= job.end && pairs < mostPairs;
+         ++one, ++pairs)
+      all[issues[one].subject].push_back({one, place, issues[one].time - job.activation});
+  }
+  return all;
+}
+
+// The elapsed time near which most of them lie.
+std::vector<Raised> MostAtOneTime(std::vector<Raised> raised) {
+  std::sort(raised.begin(), raised.end(),
+            [](const Raised& a, const Raised& b) { return a.elapsed < b.elapsed; });
+  std::size_t best = 0, bestCount = 0;
+  for (std::size_t first = 0, last = 0; first < raised.size(); ++first) {
+    last = std::max(last, first);
+    while (last < raised.size() && IsNear(raised[last].elapsed, raised[first].elapsed)) ++last;
+    if (last - first <= bestCount) continue;
+    best = first;
+    bestCount = last - first;
+  }
+  const auto from = raised.begin() + static_cast<std::ptrdiff_t>(best);
+  return {from, from + static_cast<std::ptrdiff_t>(bestCount)};
+}
+
+// A job that goes on may have the issue of each release that it makes impossible.
+std::size_t CountAtMultiples(const std::vector<Raised>& raised, Ticks length) {
+  const auto fits = [length](const Raised& one) {
+    const Ticks times = (one.elapsed + length / 2) / length;
+    return times > 0 && IsNear(one.elapsed, times * length);
+  };
+  return static_cast<std::size_t>(std::count_if(raised.begin(), raised.end(), fits));
+}
+
+struct Range {
+  Ticks least = UINT64_MAX;
+  Ticks most = 0;
+  void Add(Ticks value) {
+    least = std::min(least, value);
+    most = std::max(most, value);
+  }
+  Ticks Width() const { return most - least; }
+};
+
+// A task raises a message at one point of its own work: how much of it is done by then varies less than the
+// time since the activation of the task that may be late. Just as a job begins, others may raise what is due
+// then.
+bool IsAtOnePoint(const Schedule& schedule, TaskIndex by, SubjectIndex subject, Ticks room) {
+  Range executed;
+  std::size_t all = 0, looked = 0, withIt = 0;
+  std::size_t step = 1;  // the more there are, the fewer are looked at
+  for (const PastMark& issue : schedule.Issues()) {
+    if (issue.subject != subject || all++ % step != 0) continue;
+    if (++looked % mostSamples == 0) step *= 2;
+    const PastJob* job = issue.running == by ? schedule.JobAt(by, issue.time) : nullptr;
+    if (!job) continue;
+    ++withIt;
+    executed.Add(ExecutedBy(schedule, by, {job->activation, issue.time}));
+    if (executed.least <= fewTicks || executed.Width() > room + fewTicks) return false;
+  }
+  return withIt * 2 > looked;
+}
+
+// Of two tasks in step with each other that is so of either. But a message does not ask whether the other is
+// late.
+bool IsMessage(const Schedule& schedule, TaskIndex task, const std::vector<Raised>& raised,
+               std::size_t fitting, std::size_t all) {
+  const PastMark& first = schedule.Issues()[raised.front().issue];
+  if (schedule.IsIdle(first.running)) return false;
+  if (first.running != task && fitting * 10 >= all * nearlyAll) return false;
+  return IsAtOnePoint(schedule, first.running, first.subject, raised.back().elapsed - raised.front().elapsed);
+}
+
+struct Candidate {
+  TaskIndex task;
+  SubjectIndex issue;
+  std::vector<Raised> raised;
+  Ticks Length() const { return raised.front().elapsed; }
+};
+
+using Counts = std::map<SubjectIndex, std::size_t>;
+
+// The best deadline of the task that each kind of issue shows, if it shows any.
+void AddCandidates(const Schedule& schedule, Habits& habits, TaskIndex task, Counts& counts,
+                   std::vector<Candidate>& candidates) {
+  const Ticks period = habits.PeriodOf(task);
+  const std::vector<PastJob>& jobs = schedule.JobsOf(task);
+  std::size_t end = 0;
+  for (auto& [subject, all] : IssuesDuringJobs(schedule, task, end)) {
+    std::vector<Raised> raised = MostAtOneTime(all);
+    const Ticks length = raised.back().elapsed;
+    const bool isPeriod = period > 0 && IsNear(length, period);
+    if ((raised.size() < 2 && !isPeriod) || length < habits.Execution(task).median) continue;
+    std::size_t longer = 0;
+    for (std::size_t i = 0; i < end; ++i)
+      longer += jobs[i].isWhole && jobs[i].Response() > length + length / partsOff + fewTicks;
+    if (raised.size() * 10 < longer * mostHaveIt) continue;
+    if (!isPeriod && IsMessage(schedule, task, raised, CountAtMultiples(all, length), counts[subject]))
+      continue;
+    candidates.push_back({task, subject, std::move(raised)});
+  }
+}
+
+}  // namespace
+
+// An issue belongs to one task. Where the periods of two fit together, it comes at one time after the
+// activation of either: then it is that of the task that has more of them, and of two the one that began
+// later.
+std::vector<std::vector<Deadline>> FindDeadlines(const Schedule& schedule, Habits& habits) {
+  std::vector<std::vector<Deadline>> deadlines(schedule.TaskCount());
+  std::vector<bool> taken(schedule.Issues().size());
+  std::vector<Candidate> candidates;
+  if (taken.empty()) return deadlines;
+  Counts counts;
+  for (const PastMark& issue : schedule.Issues()) ++counts[issue.subject];
+  for (TaskIndex task = 0; task < schedule.TaskCount(); ++task)
+    if (!schedule.IsIdle(task)) AddCandidates(schedule, habits, task, counts, candidates);
+  std::stable_sort(candidates.begin(), candidates.end(), [](const Candidate& a, const Candidate& b) {
+    return a.raised.size() != b.raised.size() ? a.raised.size() > b.raised.size() : a.Length() < b.Length();
+  });
+  for (const Candidate& candidate : candidates) {
+    const auto isTaken = [&](const Raised& one) { return taken[one.issue]; };
+    const auto lost =
+        static_cast<std::size_t>(std::count_if(candidate.raised.begin(), candidate.raised.end(), isTaken));
+    if (lost * 2 > candidate.raised.size()) continue;
+    for (const Raised& one : candidate.raised) taken[one.issue] = true;
+    deadlines[candidate.task].push_back({candidate.Length(), candidate.issue});
+  }
+  return deadlines;
+}
+
+}  // namespace analysis
