@@ -98,7 +98,7 @@ std::string CtfNames::Description(const char* name) const {
 void CtfRate::Enter(const Source& source) {
   const std::uint64_t rate = source.lane.TicksPerSecond();
   if (rate_ != 0 && rate != 0 && rate != rate_)
-    throw std::runtime_error(Quoted(source.name) +
+    throw std::runtime_error("'" + source.name + "'" +
                              " has another tick rate than the lanes before it: export it alone");
   if (rate_ == 0) rate_ = rate;
 }

@@ -5,8 +5,7 @@
 
 #include "analysis/walker.h"
 #include "clock.h"
-#include "outputfile.h"
-#include "perfettofields.h"
+#include "perfettopackets.h"
 #include "text.h"
 
 namespace exporters {
@@ -23,30 +22,6 @@ constexpr std::uint32_t needsState = 2;
 enum Name : std::uint64_t { lostName = 1, logName, eventName, firstMarkName };
 enum Category : std::uint64_t { testpointCategory = 1, issueCategory, eventCategory, gapCategory };
 enum Annotation : std::uint64_t { ticksAnnotation = 1, rateAnnotation, baseAnnotation };
-
-// The trace, packet by packet.
-class Packets {
- public:
-  explicit Packets(const std::string& path) : file_(path) {}
-
-  // `fill` adds fields to a packet.
-  template <class Fill>
-  void Add(Fill fill) {
-    packet_.clear();
-    pbf_writer packet(packet_);
-    fill(packet);
-    bytes_.clear();
-    pbf_writer(bytes_).add_message(perfetto::tracePacket, packet_);
-    file_.Block().append(bytes_);
-    file_.FlushIfFull();
-  }
-  void Flush() { file_.Flush(); }
-
- private:
-  OutputFile file_;
-  std::string packet_;
-  std::string bytes_;
-};
 
 // Numbers of processes and threads: no two are alike in a trace, and none is 0, which readers rename.
 class Numbers {
@@ -82,8 +57,8 @@ class LanePackets : public analysis::Visitor {
   // The next run closes the one before; behind the last one before a gap or the stop there is none.
   void OnRun(const analysis::Run& run) override {
     if (run.task == analysis::noTask || !source_.Wants(run.task)) return;
-    AddState(run.begin, running_[run.task]);
-    if (run.cutEnd || !source_.tasks.empty()) AddState(run.end, runnable_[run.task]);
+    packets_.Add(clock_.Of(run.begin), running_[run.task]);
+    if (run.cutEnd || !source_.tasks.empty()) packets_.Add(clock_.Of(run.end), runnable_[run.task]);
   }
 
   void OnGap(const analysis::Gap& gap) override {
@@ -113,20 +88,15 @@ class LanePackets : public analysis::Visitor {
   std::string State(TaskIndex task, std::uint32_t value) const {
     namespace state = perfetto::state;
     std::string bytes;
-    pbf_writer writer(bytes);
+    pbf_writer packet(bytes);
+    packet.add_uint32(perfetto::packet::sequence, number_ + 1);
+    pbf_writer writer(packet, perfetto::packet::taskState);
     writer.add_uint32(state::processor, number_);
     writer.add_int64(state::thread, threads_[task]);
     writer.add_uint32(state::state, value);
     writer.add_int32(state::priority, static_cast<std::int32_t>(tasks_[task].priority));
+    writer.commit();
     return bytes;
-  }
-
-  void AddState(analysis::Ticks ticks, const std::string& state) {
-    packets_.Add([&](pbf_writer& packet) {
-      packet.add_uint64(perfetto::packet::timestamp, clock_.Of(ticks));
-      packet.add_uint32(perfetto::packet::sequence, number_ + 1);
-      packet.add_message(perfetto::packet::taskState, state);
-    });
   }
 
   void AddTree() {
@@ -241,17 +211,20 @@ class LanePackets : public analysis::Visitor {
 
   void AddEvent(analysis::Ticks ticks, std::uint32_t type, std::uint64_t track, std::uint64_t name,
                 Category category) {
-    packets_.Add([&](pbf_writer& packet) {
-      packet.add_uint64(perfetto::packet::timestamp, clock_.Of(ticks));
-      packet.add_uint32(perfetto::packet::sequence, number_ + 1);
-      packet.add_uint32(perfetto::packet::sequenceFlags, needsState);
-      pbf_writer event(packet, perfetto::packet::trackEvent);
-      event.add_uint64(perfetto::event::category, category);
-      event.add_uint32(perfetto::event::type, type);
-      event.add_uint64(perfetto::event::name, name);
-      event.add_uint64(perfetto::event::track, track);
-      Annotate(event, ticksAnnotation, ticks);
-    });
+    SmallMessage annotation;
+    annotation.Number(perfetto::event::annotationName, ticksAnnotation);
+    annotation.Number(perfetto::event::annotationNumber, ticks);
+    SmallMessage event;
+    event.Number(perfetto::event::category, category);
+    event.Message(perfetto::event::annotation, annotation);
+    event.Number(perfetto::event::type, type);
+    event.Number(perfetto::event::name, name);
+    event.Number(perfetto::event::track, track);
+    SmallMessage packet;
+    packet.Number(perfetto::packet::sequence, number_ + 1);
+    packet.Message(perfetto::packet::trackEvent, event);
+    packet.Number(perfetto::packet::sequenceFlags, needsState);
+    packets_.Add(clock_.Of(ticks), packet.Bytes());
   }
 
   const Source& source_;
@@ -261,7 +234,7 @@ class LanePackets : public analysis::Visitor {
   const Clock& clock_;
   Packets& packets_;
   std::vector<std::uint32_t> threads_;  // by TaskIndex, as what follows
-  std::vector<std::string> running_;
+  std::vector<std::string> running_;    // packets without their timestamps
   std::vector<std::string> runnable_;
 };
 

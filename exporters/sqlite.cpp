@@ -181,7 +181,8 @@ class Sqlite : public Exporter {
 
   void Add(const Source& source) override {
     if (source.lane.StopTime() > INT64_MAX)
-      throw std::runtime_error(Quoted(source.name) + ": its ticks are above 2^63, more than SQLite holds");
+      throw std::runtime_error("'" + source.name + "'" +
+                               ": its ticks are above 2^63, more than SQLite holds");
     LaneRows rows(source, ++lanes_, nextSubject_, *tables_);
     rows.AddNames();
     rows.AddEntries();
