@@ -4,12 +4,11 @@
 #include <algorithm>
 
 #include "analysedlane.h"
-#include "analysis/pattern.h"
 #include "commandline.h"
 #include "failure.h"
 #include "statsformat.h"
 #include "stdoutwriter.h"
-#include "suggest.h"
+#include "taskfilter.h"
 #include "terminal.h"
 #include "text.h"
 
@@ -44,45 +43,6 @@ void Sort(std::vector<TaskIndex>& tasks, const std::string& key, const analysis:
   std::stable_sort(tasks.begin(), tasks.end(),
                    [&](TaskIndex a, TaskIndex b) { return number(a) > number(b); });
 }
-
-// Which tasks are to be shown, and which patterns have found none so far.
-class TaskFilter {
- public:
-  explicit TaskFilter(const std::vector<std::string>& patterns)
-      : patterns_(patterns), found_(patterns.size()) {}
-
-  std::vector<TaskIndex> Of(const analysis::Lane& lane) {
-    std::vector<TaskIndex> tasks;
-    for (TaskIndex task = 0; task < lane.Tasks().size(); ++task) {
-      if (Matches(lane.Tasks()[task].name)) tasks.push_back(task);
-      if (!patterns_.empty()) seen_.push_back(lane.Tasks()[task].name);
-    }
-    return tasks;
-  }
-
-  // Throws Failure when a pattern has found no task in any lane.
-  void Finish() const {
-    for (std::size_t i = 0; i < patterns_.size() && !seen_.empty(); ++i) {
-      if (!found_[i])
-        throw Failure("--task: no task matches " + Quoted(patterns_[i]) + Suggestion(patterns_[i], seen_));
-    }
-  }
-
- private:
-  bool Matches(const std::string& name) {
-    bool any = patterns_.empty();
-    for (std::size_t i = 0; i < patterns_.size(); ++i) {
-      if (!analysis::MatchesPattern(patterns_[i], name)) continue;
-      found_[i] = true;
-      any = true;
-    }
-    return any;
-  }
-
-  std::vector<std::string> patterns_;
-  std::vector<bool> found_;
-  std::vector<std::string> seen_;
-};
 
 std::unique_ptr<StatsFormat> MakeFormat(const std::string& format, fmt::memory_buffer& out) {
   if (format == "csv") return MakeStatsCsv(out);
