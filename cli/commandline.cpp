@@ -17,7 +17,7 @@ namespace cli {
 namespace {
 
 const Command* const commands[] = {&startCommand,   &recordCommand, &infoCommand, &listCommand, &statsCommand,
-                                   &latencyCommand, &checkCommand,  &diffCommand, &topCommand};
+                                   &latencyCommand, &checkCommand,  &diffCommand, &plotCommand, &topCommand};
 
 std::string Overview() {
   std::string text =

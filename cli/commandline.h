@@ -27,6 +27,7 @@ extern const Command statsCommand;
 extern const Command latencyCommand;
 extern const Command checkCommand;
 extern const Command diffCommand;
+extern const Command plotCommand;
 extern const Command topCommand;
 
 // Runs what the arguments (without the program's name) ask for; returns the exit code. Throws UsageError,
