@@ -2,40 +2,18 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <climits>
 
 #include "failure.h"
+#include "outputplace.h"
 #include "recording.h"
 #include "text.h"
 
 namespace cli {
 namespace {
-
-Failure InTheWay(const std::string& path, const char* why) {
-  return Failure("writing " + Quoted(path) + ": " + why);
-}
-
-// The kind of what is at `place`: 0 for nothing.
-mode_t KindAt(const std::string& path, const std::string& place) {
-  struct stat found {};
-  if (::stat(place.c_str(), &found) == 0) return found.st_mode & S_IFMT;
-  if (errno == ENOENT) return 0;
-  throw Failure::System("writing " + Quoted(path), errno);
-}
-
-// A rename would replace a file that must not be written just as well.
-void CheckReplaceable(const std::string& path, const std::string& place) {
-  const mode_t kind = KindAt(path, place);
-  if (kind == S_IFDIR) throw InTheWay(path, "it is a folder, and a file is to be written");
-  if (kind != 0 && kind != S_IFREG) throw InTheWay(path, "it is not a regular file");
-  if (kind == S_IFREG && ::access(place.c_str(), W_OK) != 0) {
-    throw Failure::System("writing " + Quoted(path), errno);
-  }
-}
 
 // Holds other recordings into the same folder back while files move in, so that none is mixed of two.
 class FolderLock {
@@ -72,11 +50,9 @@ RecordingOutput::Item RecordingOutput::NewItem(const std::string& place, const s
 }
 
 RecordingOutput RecordingOutput::File(const std::string& path) {
-  if (path.ends_with('/')) throw InTheWay(path, "this names a folder, and a file is to be written");
   RecordingOutput output;
-  const std::string place = ResolvedPlace(path);
+  const std::string place = PlaceOfFile(path);
   output.folder_ = FolderOf(place);
-  CheckReplaceable(path, place);
   output.files_.push_back(output.NewItem(place, path));
   const std::string beside = MetadataOfFile(path);
   if (beside.size() - (beside.rfind('/') + 1) > NAME_MAX) return output;
