@@ -106,6 +106,9 @@ void Joiner::Select(const Part& part, const Layout& layout, Selection& selection
     const bool isLast = i > 0 && i + 1 == part.section.count;
     if (isProlog && (!piece.isBegin || own.startTime != header_.startTime)) continue;
     if (isLast && part.section.kind == Kind::task && record.time == own.stopTime) continue;
+    const u8 event = part.section.kind == Kind::stamps ? koTestpoint : koTimingIssue;
+    if (part.section.kind != Kind::task && !isProlog && record.KoType() != event)
+      continue;  // no reader takes it
     if (isProlog) selection.hasProlog = true;
     selection.endsAsItDid = isLast && record.time == own.stopTime;
     Take(part.piece, place, record, selection);

@@ -20,12 +20,19 @@ KeptSection Keeper::Keep(const FoundSection& found) {
   kept.lost = summary.all - summary.kept;
   if (!found.isToEnd && found.section.count > summary.kept) kept.lost = found.section.count - summary.kept;
   kept.lastKoType = summary.ends[3].KoType();
-  if (summary.kept > 1) {
-    const auto& ends = summary.ends;
-    // An epilog that is lost says nothing of the stop time.
-    votes_.Add(kept.needsEpilog ? Kind::stamps : found.section.kind, ends[0], ends[1], ends[2], ends[3]);
-  }
+  Vote(kept, summary);
   return kept;
+}
+
+// As the section will stand in the file.
+void Keeper::Vote(const KeptSection& kept, const Summary& summary) const {
+  std::vector<Record> ends(summary.ends, summary.ends + std::min<std::size_t>(summary.kept, 2));
+  if (kept.needsProlog) ends.insert(ends.begin(), {.koWord = koSwitchedOut1, .time = header_.startTime});
+  if (kept.needsEpilog) ends.push_back({.koWord = EpilogOf(kept.lastKoType), .time = header_.stopTime});
+  if (ends.size() < 2) return;
+  // An epilog that is lost says nothing of the stop time.
+  const Kind kind = kept.needsEpilog || summary.kept < 2 ? Kind::stamps : kept.section.kind;
+  votes_.Add(kind, ends[0], ends[1], summary.ends[2], summary.ends[3]);
 }
 
 void Keeper::DropMisfits(const FoundSection& found) {

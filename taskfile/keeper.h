@@ -52,6 +52,7 @@ class Keeper {
                       Visit visit) const;
   void DropOutOfOrder(const FoundSection& found, const KeptSection& kept, const Summary& summary);
   void SetEnds(const FoundSection& found, const Summary& summary, KeptSection& kept) const;
+  void Vote(const KeptSection& kept, const Summary& summary) const;
   void TakeSpans(const FoundSection& found, KeptSection& kept);
 
   std::string_view bytes_;
