@@ -53,6 +53,9 @@ class Explainer {
     const bool aIsGap = a.cause.Root().kind == CauseKind::lostRecords;
     const bool bIsGap = b.cause.Root().kind == CauseKind::lostRecords;
     if (aIsGap != bIsGap) return aIsGap;
+    const bool aIsKnown = a.cause.Root().kind != CauseKind::unknown;
+    const bool bIsKnown = b.cause.Root().kind != CauseKind::unknown;
+    if (aIsKnown != bIsKnown) return aIsKnown;
     if (a.IsCertain() != b.IsCertain()) return a.IsCertain();
     return a.excess > b.excess;
   }
