@@ -23,6 +23,8 @@ constexpr std::size_t mostHaveIt = 8;
 constexpr std::size_t nearlyAll = 9;
 // So many jobs with an issue are enough to tell, of each task; so many issues to tell a message.
 constexpr std::size_t mostPairs = 65536;
+constexpr std::size_t mostPairsInAll = std::size_t{1} << 22;  // where tasks are many, each has its part
+constexpr std::size_t fewestPairs = 512;
 constexpr std::size_t mostSamples = 256;
 
 bool IsNear(Ticks one, Ticks other) {
@@ -42,6 +44,7 @@ using RaisedBySubject = std::map<SubjectIndex, std::vector<Raised>>;
 // `end` becomes the place behind the last job that was looked at.
 RaisedBySubject IssuesDuringJobs(const Schedule& schedule, TaskIndex task, std::size_t& end) {
   RaisedBySubject all;
+  const std::size_t most = std::clamp(mostPairsInAll / schedule.TaskCount(), fewestPairs, mostPairs);
   std::size_t pairs = 0;
   const std::vector<PastMark>& issues = schedule.Issues();
   std::size_t issue = 0;
@@ -49,10 +52,10 @@ RaisedBySubject IssuesDuringJobs(const Schedule& schedule, TaskIndex task, std::
   end = jobs.size();
   for (std::size_t place = 0; place < jobs.size() && issue < issues.size(); ++place) {
     const PastJob& job = jobs[place];
-    if (pairs >= mostPairs) return end = place, all;
+    if (pairs >= most) return end = place, all;
     while (issue < issues.size() && issues[issue].time <= job.activation) ++issue;
     if (job.cutBegin) continue;
-    for (std::size_t one = issue; one < issues.size() && issues[one].time <= job.end && pairs < mostPairs;
+    for (std::size_t one = issue; one < issues.size() && issues[one].time <= job.end && pairs < most;
          ++one, ++pairs)
       all[issues[one].subject].push_back({one, place, issues[one].time - job.activation});
   }
