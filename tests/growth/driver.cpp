@@ -186,7 +186,8 @@ int Run() {
   const int file = mkstemp(path);
   if (file < 0) return 1;
   close(file);
-  // First, on a heap that is in order: the few instructions of a poll show what an allocation has to look for.
+  // First, on a heap that is in order: the few instructions of a poll show what an allocation has to look
+  // for.
   for (const Setting setting : flatSettings) {
     CountPolls(setting);
     CountQueries(setting);
