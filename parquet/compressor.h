@@ -1,0 +1,24 @@
+// Bytes made shorter, as zstd does it.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace parquet {
+
+class Compressor {
+ public:
+  Compressor();
+  Compressor(const Compressor&) = delete;
+  Compressor& operator=(const Compressor&) = delete;
+  ~Compressor();
+
+  // Valid until the next call. Throws std::runtime_error.
+  std::string_view Compress(std::string_view bytes);
+
+ private:
+  void* context_;
+  std::string buffer_;
+};
+
+}  // namespace parquet
