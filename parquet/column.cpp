@@ -102,6 +102,12 @@ std::uint32_t TextColumn::NumberOf(std::string_view text) {
   return place->second;
 }
 
+void TextColumn::Enter(Label& label) {
+  label.number = NumberOf(label.text);
+  label.column = this;
+  label.group = group_;
+}
+
 void TextColumn::TakeValues(Chunk& chunk) {
   const auto isBefore = [](const std::string* a, const std::string* b) { return *a < *b; };
   const auto [least, largest] = std::minmax_element(texts_.begin(), texts_.end(), isBefore);

@@ -136,10 +136,13 @@ class BoolColumn : public Column {
   std::vector<std::uint8_t> values_;
 };
 
+class TextColumn;
+
 // A text that many rows of one column share: it is not looked up again for each of them.
 struct Label {
   std::string text;
-  std::uint64_t group = 0;  // in which `number` holds
+  const TextColumn* column = nullptr;  // and the row group in which `number` holds
+  std::uint64_t group = 0;
   std::uint32_t number = 0;
 };
 
@@ -151,10 +154,8 @@ class TextColumn : public Column {
       : Column(std::move(name), nulls), held_(held) {}
 
   void Add(std::string_view text) { AddNumber(NumberOf(text)); }
-  // A label belongs to one column.
   void Add(Label& label) {
-    if (label.group != group_) label.number = NumberOf(label.text);
-    label.group = group_;
+    if (label.group != group_ || label.column != this) Enter(label);
     AddNumber(label.number);
   }
 
@@ -166,13 +167,14 @@ class TextColumn : public Column {
 
  private:
   std::uint32_t NumberOf(std::string_view text);
+  void Enter(Label& label);
   void AddNumber(std::uint32_t number) {
     numbers_.push_back(number);
     AddPresent();
   }
 
   std::size_t& held_;
-  std::uint64_t group_ = 1;
+  std::uint64_t group_ = 0;
   std::unordered_map<std::string, std::uint32_t> known_;  // in this row group
   std::vector<const std::string*> texts_;                 // by number
   std::vector<std::uint32_t> numbers_;
