@@ -25,20 +25,29 @@ constexpr std::int32_t convertedTypeOf = 13 + (sizeof(Integer) == 8) + (std::is_
 
 }  // namespace
 
-Chunk Column::Take() {
-  Chunk chunk;
+void Column::Take(Chunk& chunk) {
   chunk.rows = Rows();
-  chunk.nulls = chunk.rows - ValueCount();
-  if (MayBeNull()) {
-    // Levels: 1 for a value, 0 for none. Their length in bytes comes first.
-    std::string levels;
-    Hybrid<std::uint8_t>(levels, 1).Put(present_);
-    PutLittleEndian(chunk.page, static_cast<std::uint32_t>(levels.size()));
-    chunk.page += levels;
-  }
+  chunk.nulls = nullRows_.size();
+  chunk.dictionary.clear();
+  chunk.dictionarySize = 0;
+  chunk.page.clear();
+  chunk.encoding = Encoding::plain;
+  chunk.least.reset();
+  chunk.largest.reset();
+  if (MayBeNull()) PutLevels(chunk.page);
   if (ValueCount() > 0) TakeValues(chunk);
-  present_.clear();
-  return chunk;
+  nullRows_.clear();
+}
+
+// 1 for a value, 0 for none. Their length in bytes comes first.
+void Column::PutLevels(std::string& page) const {
+  std::vector<std::uint8_t> present(Rows(), 1);
+  for (const std::size_t row : nullRows_) present[row] = 0;
+  std::string levels;
+  Hybrid<std::uint8_t> hybrid(levels, 1);
+  nullRows_.empty() ? hybrid.PutRun(1, Rows()) : hybrid.Put(present);
+  PutLittleEndian(page, static_cast<std::uint32_t>(levels.size()));
+  page += levels;
 }
 
 template <class Integer>
@@ -57,7 +66,8 @@ void IntegerColumn<Integer>::TakeValues(Chunk& chunk) {
   chunk.least = LittleEndian(static_cast<Unsigned>(least));
   chunk.largest = LittleEndian(static_cast<Unsigned>(largest));
   chunk.encoding = Encoding::deltas;
-  Deltas<Unsigned>(chunk.page).Put(values_);
+  Deltas<Unsigned> deltas(chunk.page);
+  least == largest ? deltas.PutEqual(values_.front(), values_.size()) : deltas.Put(values_);
   values_.clear();
 }
 

@@ -23,12 +23,12 @@ struct Type {
   bool isSigned;
 };
 
-// The values of a row group, encoded.
+// The values of a row group, encoded. One object serves many of them: its texts keep their memory.
 struct Chunk {
   std::size_t rows = 0;
   std::size_t nulls = 0;
-  std::string dictionary = {};  // empty: none
-  std::size_t dictionarySize = 0;
+  std::string dictionary = {};
+  std::size_t dictionarySize = 0;  // 0: none
   std::string page = {};
   Encoding encoding = Encoding::plain;
   // Of the values, as the format compares them; empty where all are null or cannot be compared.
@@ -43,29 +43,27 @@ class Column {
   Column& operator=(const Column&) = delete;
   virtual ~Column() = default;
 
-  void AddNull() { present_.push_back(0); }
+  void AddNull() { nullRows_.push_back(Rows()); }
 
   const std::string& Name() const { return name_; }
   bool MayBeNull() const { return nulls_ == Nulls::allowed; }
-  // A null where there may be none makes the count differ from that of other columns.
-  std::size_t Rows() const { return MayBeNull() ? present_.size() : ValueCount() + present_.size(); }
-  bool IsComplete() const { return MayBeNull() || present_.empty(); }
+  std::size_t Rows() const { return ValueCount() + nullRows_.size(); }
+  bool HasForbiddenNulls() const { return !MayBeNull() && !nullRows_.empty(); }
   virtual Type TypeOf() const = 0;
   // Encodes what was added, and forgets it.
-  Chunk Take();
+  void Take(Chunk& chunk);
 
  protected:
-  void AddPresent() {
-    if (MayBeNull()) present_.push_back(1);
-  }
   virtual std::size_t ValueCount() const = 0;
   // Appends the values to the page, sets all but the counts, and forgets the values.
   virtual void TakeValues(Chunk& chunk) = 0;
 
  private:
+  void PutLevels(std::string& page) const;
+
   std::string name_;
   Nulls nulls_;
-  std::vector<std::uint8_t> present_;  // by row, where the column may have nulls
+  std::vector<std::size_t> nullRows_;
 };
 
 // Integers: std::int32_t, std::uint32_t, std::int64_t or std::uint64_t.
@@ -74,10 +72,7 @@ class IntegerColumn : public Column {
  public:
   using Column::Column;
 
-  void Add(Integer value) {
-    values_.push_back(static_cast<Unsigned>(value));
-    AddPresent();
-  }
+  void Add(Integer value) { values_.push_back(static_cast<Unsigned>(value)); }
   void Add(const std::optional<Integer>& value) { value ? Add(*value) : AddNull(); }
 
   Type TypeOf() const override;
@@ -100,10 +95,7 @@ class DoubleColumn : public Column {
  public:
   using Column::Column;
 
-  void Add(double value) {
-    values_.push_back(value);
-    AddPresent();
-  }
+  void Add(double value) { values_.push_back(value); }
   void Add(const std::optional<double>& value) { value ? Add(*value) : AddNull(); }
 
   Type TypeOf() const override;
@@ -120,10 +112,7 @@ class BoolColumn : public Column {
  public:
   using Column::Column;
 
-  void Add(bool value) {
-    values_.push_back(value);
-    AddPresent();
-  }
+  void Add(bool value) { values_.push_back(value); }
   void Add(const std::optional<bool>& value) { value ? Add(*value) : AddNull(); }
 
   Type TypeOf() const override;
@@ -153,10 +142,10 @@ class TextColumn : public Column {
   TextColumn(std::string name, Nulls nulls, std::size_t& held)
       : Column(std::move(name), nulls), held_(held) {}
 
-  void Add(std::string_view text) { AddNumber(NumberOf(text)); }
+  void Add(std::string_view text) { numbers_.push_back(NumberOf(text)); }
   void Add(Label& label) {
     if (label.group != group_ || label.column != this) Enter(label);
-    AddNumber(label.number);
+    numbers_.push_back(label.number);
   }
 
   Type TypeOf() const override;
@@ -168,10 +157,6 @@ class TextColumn : public Column {
  private:
   std::uint32_t NumberOf(std::string_view text);
   void Enter(Label& label);
-  void AddNumber(std::uint32_t number) {
-    numbers_.push_back(number);
-    AddPresent();
-  }
 
   std::size_t& held_;
   std::uint64_t group_ = 0;

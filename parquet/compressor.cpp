@@ -6,14 +6,8 @@
 #include <stdexcept>
 
 namespace parquet {
-namespace {
 
-// Encoded columns are small already. Higher levels take several times as long and gain little.
-constexpr int level = 1;
-
-}  // namespace
-
-Compressor::Compressor() : context_(ZSTD_createCCtx()) {
+Compressor::Compressor(int level) : level_(level), context_(ZSTD_createCCtx()) {
   if (!context_) throw std::bad_alloc();
 }
 
@@ -23,7 +17,7 @@ std::string_view Compressor::Compress(std::string_view bytes) {
   const std::size_t bound = ZSTD_compressBound(bytes.size());
   if (buffer_.size() < bound) buffer_.resize(bound);
   const std::size_t size = ZSTD_compressCCtx(static_cast<ZSTD_CCtx*>(context_), buffer_.data(),
-                                             buffer_.size(), bytes.data(), bytes.size(), level);
+                                             buffer_.size(), bytes.data(), bytes.size(), level_);
   if (ZSTD_isError(size)) throw std::runtime_error(std::string("zstd: ") + ZSTD_getErrorName(size));
   return {buffer_.data(), size};
 }

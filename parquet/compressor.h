@@ -8,7 +8,8 @@ namespace parquet {
 
 class Compressor {
  public:
-  Compressor();
+  // Of zstd: 1 to 19, and below 0 those that are faster still.
+  explicit Compressor(int level);
   Compressor(const Compressor&) = delete;
   Compressor& operator=(const Compressor&) = delete;
   ~Compressor();
@@ -17,6 +18,7 @@ class Compressor {
   std::string_view Compress(std::string_view bytes);
 
  private:
+  int level_;
   void* context_;
   std::string buffer_;
 };

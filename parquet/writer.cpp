@@ -61,7 +61,8 @@ struct Writer::Placed {
   std::uint64_t rawBytes = 0;
 };
 
-Writer::Writer(Sink sink, std::size_t rowsPerGroup) : sink_(std::move(sink)), rowsPerGroup_(rowsPerGroup) {
+Writer::Writer(Sink sink, Options options)
+    : sink_(std::move(sink)), options_(options), compressor_(options.zstdLevel) {
   Write(magic);
 }
 
@@ -79,12 +80,12 @@ void Writer::EndGroup() {
   std::uint64_t rawBytes = 0;
   std::string columns;
   for (const auto& column : columns_) {
-    if (column->Rows() != rows_ || !column->IsComplete())
+    if (column->Rows() != rows_ || column->HasForbiddenNulls())
       throw std::logic_error("the column '" + column->Name() + "' has not one value a row");
-    const Chunk chunk = column->Take();
-    const Placed placed = Put(chunk);
+    column->Take(chunk_);
+    const Placed placed = PutChunk();
     rawBytes += placed.rawBytes;
-    PutMetadata(columns, *column, chunk, placed);
+    PutMetadata(columns, *column, placed);
   }
   Thrift group(groups_);
   group.List(1, Thrift::structure, columns_.size());
@@ -100,13 +101,13 @@ void Writer::EndGroup() {
   heldTextBytes_ = 0;
 }
 
-Writer::Placed Writer::Put(const Chunk& chunk) {
+Writer::Placed Writer::PutChunk() {
   Placed placed;
   placed.begin = bytesWritten_;
-  if (chunk.dictionarySize > 0)
-    PutPage(true, chunk.dictionary, chunk.dictionarySize, Encoding::plain, placed);
+  if (chunk_.dictionarySize > 0)
+    PutPage(true, chunk_.dictionary, chunk_.dictionarySize, Encoding::plain, placed);
   placed.data = bytesWritten_;
-  PutPage(false, chunk.page, chunk.rows, chunk.encoding, placed);
+  PutPage(false, chunk_.page, chunk_.rows, chunk_.encoding, placed);
   return placed;
 }
 
@@ -134,26 +135,25 @@ void Writer::PutPage(bool isDictionary, std::string_view bytes, std::size_t coun
   placed.rawBytes += header.size() + bytes.size();
 }
 
-void Writer::PutMetadata(std::string& out, const Column& column, const Chunk& chunk,
-                         const Placed& placed) const {
+void Writer::PutMetadata(std::string& out, const Column& column, const Placed& placed) const {
   Thrift element(out);
   element.Int64(2, placed.begin);
   element.BeginStruct(3);
   element.Int32(1, column.TypeOf().physical);
   const bool hasDictionary = placed.data != placed.begin;
   element.List(2, Thrift::int32, hasDictionary ? 3 : 2);
-  element.Element(static_cast<std::int32_t>(chunk.encoding));
+  element.Element(static_cast<std::int32_t>(chunk_.encoding));
   element.Element(static_cast<std::int32_t>(Encoding::hybrid));
   if (hasDictionary) element.Element(static_cast<std::int32_t>(Encoding::plain));
   element.List(3, Thrift::binary, 1);
   element.Element(column.Name());
   element.Int32(4, zstd);
-  element.Int64(5, chunk.rows);
+  element.Int64(5, chunk_.rows);
   element.Int64(6, placed.rawBytes);
   element.Int64(7, bytesWritten_ - placed.begin);
   element.Int64(9, placed.data);
   if (hasDictionary) element.Int64(11, placed.begin);
-  PutStatistics(element, chunk);
+  PutStatistics(element, chunk_);
   element.End();
   element.End();
 }

@@ -26,13 +26,17 @@
 
 namespace parquet {
 
+struct Options {
+  std::size_t rowsPerGroup = std::size_t{1} << 17;  // or fewer, when texts are long
+  int zstdLevel = 1;
+};
+
 class Writer {
  public:
   // Takes the bytes of the file from the first to the last. What it throws goes through.
   using Sink = std::function<void(std::string_view)>;
 
-  // A row group has so many rows, or fewer when its texts are long.
-  explicit Writer(Sink sink, std::size_t rowsPerGroup = std::size_t{1} << 17);
+  explicit Writer(Sink sink, Options options = {});
 
   // Columns come before the first row. They live as long as this.
   template <class C>
@@ -51,7 +55,7 @@ class Writer {
   // Each column has got one value more, or a null. Throws std::logic_error, possibly some rows later, when
   // that is not so.
   void EndRow() {
-    if (++rows_ == rowsPerGroup_ || heldTextBytes_ > mostTextBytes) EndGroup();
+    if (++rows_ == options_.rowsPerGroup || heldTextBytes_ > mostTextBytes) EndGroup();
   }
 
   // Behind the last row.
@@ -62,16 +66,17 @@ class Writer {
 
   struct Placed;
   void EndGroup();
-  Placed Put(const Chunk& chunk);
+  Placed PutChunk();
   void PutPage(bool isDictionary, std::string_view bytes, std::size_t count, Encoding encoding,
                Placed& placed);
-  void PutMetadata(std::string& out, const Column& column, const Chunk& chunk, const Placed& placed) const;
+  void PutMetadata(std::string& out, const Column& column, const Placed& placed) const;
   void Write(std::string_view bytes);
   std::string Footer() const;
 
   Sink sink_;
-  std::size_t rowsPerGroup_;
+  Options options_;
   Compressor compressor_;
+  Chunk chunk_;  // the one at hand
   std::vector<std::unique_ptr<Column>> columns_;
   std::size_t heldTextBytes_ = 0;
   std::size_t rows_ = 0;  // of the row group that is not written yet
