@@ -1,7 +1,5 @@
 #include "analysedlane.h"
 
-#include <CLI/CLI.hpp>
-
 #include "bounds.h"
 #include "failure.h"
 #include "suggest.h"
@@ -9,24 +7,11 @@
 
 namespace cli {
 
-void DeclareAnalysisOptions(CLI::App& app, AnalysisOptions& options, bool withLogs) {
-  if (withLogs) {
-    app.add_option("LOG", options.logs, "TaskLog files, or folders of recordings")->required()->type_name("");
-  }
-  app.add_option("--from", options.from,
-                 "First time: 1.5s, 250ms or 12us from the start, or raw\nticks: 1000")
-      ->type_name("TIME");
-  app.add_option("--to", options.to, "Last time, written likewise")->type_name("TIME");
-  DeclareConventions(app, options);
-}
-
-void DeclareConventions(CLI::App& app, AnalysisOptions& options) {
-  app.add_option("--idle", options.idle, "The idle task (default: as recorded, else by name)")
-      ->type_name("NAME");
-  app.add_option("--switches", options.switches,
-                 "What the types of switches mean: sim, or such as\n0=preempted,1=done,4=waits (default: as "
-                 "recorded)")
-      ->type_name("MEANINGS");
+AnalysedLane AnalysedLane::Between(std::uint64_t from, std::uint64_t to) const {
+  AnalysedLane part = *this;
+  part.lane = lane.Between(from, to);
+  part.conventions.idle = analysis::FindIdleTask(part.lane, loaded->idleTask);
+  return part;
 }
 
 std::string AnalysedLane::IdleName() const {
@@ -53,7 +38,7 @@ LaneLoader::LaneLoader(const char* command, const AnalysisOptions& options)
 }
 
 AnalysedLane LaneLoader::Load(const Lane& source) {
-  auto loaded = std::make_unique<const LaneLog>(LoadLane(source));
+  auto loaded = std::make_shared<const LaneLog>(LoadLane(source));
   const std::string doing = command_ + " of " + Quoted(source.shownAs);
   if (loaded->merged) {
     throw Failure(doing +

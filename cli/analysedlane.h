@@ -37,11 +37,13 @@ void DeclareConventions(CLI::App& app, AnalysisOptions& options);
 // A lane with all that is needed to walk it.
 struct AnalysedLane {
   Lane source;
-  std::unique_ptr<const LaneLog> loaded;  // `lane` borrows its log
+  std::shared_ptr<const LaneLog> loaded;  // `lane` borrows its log
   analysis::Lane lane;
   analysis::Conventions conventions;
   TimeFormat time;
 
+  // The part that --from and --to select, both included; without --idle.
+  AnalysedLane Between(std::uint64_t from, std::uint64_t to) const;
   std::string IdleName() const;  // empty: there is no idle task
   // For people: seconds as TimeFormat has them, ticks where the tick rate is unknown.
   std::string LengthText(std::uint64_t ticks) const;

@@ -4,7 +4,6 @@
 #include <fmt/format.h>
 
 #include <charconv>
-#include <cmath>
 #include <limits>
 
 #include "failure.h"
@@ -78,16 +77,6 @@ std::optional<TimePoint> ParseTimePoint(std::string_view text) {
   if (const auto ticks = ParseNumber(text)) return TimePoint{ticks, {}};
   if (const auto duration = ParseDuration(text)) return TimePoint{std::nullopt, *duration};
   return std::nullopt;
-}
-
-std::optional<double> ParsePercent(std::string_view text) {
-  if (!text.ends_with('%')) return std::nullopt;
-  text.remove_suffix(text.ends_with(" %") ? 2 : 1);
-  double percent = 0;
-  const auto [end, error] =
-      std::from_chars(text.data(), text.data() + text.size(), percent, std::chars_format::fixed);
-  const bool isNumber = error == std::errc() && end == text.data() + text.size() && text[0] != '-';
-  return isNumber && std::isfinite(percent) ? std::optional(percent / 100) : std::nullopt;
 }
 
 std::optional<std::uint64_t> ParseNumber(std::string_view text) {

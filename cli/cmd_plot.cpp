@@ -88,7 +88,9 @@ int Plot(const Options& options) {
   std::vector<std::unique_ptr<PlotLane>> lanes;
   const int exitCode = LoadLanes(options, lanes);
   if (lanes.empty()) return exitCode;
-  std::vector<PlotGroup> groups = Grouped(lanes);
+  std::vector<PlotLane*> drawn;
+  for (const auto& lane : lanes) drawn.push_back(lane.get());
+  std::vector<PlotGroup> groups = Grouped(drawn);
   for (PlotGroup& group : groups) SelectTime(group, options.common);
   const timeline::RowChoice choice{timeline::RowOrderNamed(options.sort).value(), options.tasks};
   WriteFile(place, Drawn(groups, choice, width, asPng));

@@ -1,8 +1,6 @@
 // tasklog stats: what each task took, needed and waited for.
 #include <unistd.h>
 
-#include <algorithm>
-
 #include "analysedlane.h"
 #include "commandline.h"
 #include "failure.h"
@@ -14,7 +12,6 @@
 namespace cli {
 namespace {
 
-using analysis::Quantity;
 using analysis::Statistics;
 using analysis::TaskIndex;
 
@@ -24,24 +21,6 @@ struct Options {
   std::string sort = "priority";
   std::string format = "text";
 };
-
-// Orders tasks by one key; where that is equal, the order of the log stays.
-void Sort(std::vector<TaskIndex>& tasks, const std::string& key, const analysis::Lane& lane,
-          const Statistics& statistics) {
-  if (key == "name") {
-    const auto name = [&](TaskIndex task) { return std::string_view(lane.Tasks()[task].name); };
-    std::stable_sort(tasks.begin(), tasks.end(), [&](TaskIndex a, TaskIndex b) { return name(a) < name(b); });
-    return;
-  }
-  const auto number = [&](TaskIndex task) -> std::uint64_t {
-    const analysis::TaskStatistics& of = statistics.Tasks()[task];
-    if (key == "load") return of.loadTicks;
-    if (key == "response") return of.Of(Quantity::response).Max();
-    return lane.Tasks()[task].priority;
-  };
-  std::stable_sort(tasks.begin(), tasks.end(),
-                   [&](TaskIndex a, TaskIndex b) { return number(a) > number(b); });
-}
 
 std::unique_ptr<StatsFormat> MakeFormat(const std::string& format, fmt::memory_buffer& out) {
   if (format == "csv") return MakeStatsCsv(out);
@@ -59,7 +38,7 @@ int Stats(const Options& options) {
   const auto show = [&](const AnalysedLane& lane) {
     const Statistics statistics = Statistics::Of(lane.lane, lane.conventions);
     std::vector<TaskIndex> tasks = filter.Of(lane.lane);
-    Sort(tasks, options.sort, lane.lane, statistics);
+    OrderTasks(tasks, options.sort, lane.lane, statistics);
     format->Add({lane, statistics, std::move(tasks)});
     out.EndOfLine();
   };

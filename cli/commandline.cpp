@@ -16,10 +16,10 @@
 namespace cli {
 namespace {
 
-const Command* const commands[] = {&startCommand,   &recordCommand,  &infoCommand,  &listCommand,
-                                   &statsCommand,   &latencyCommand, &checkCommand, &diffCommand,
-                                   &explainCommand, &plotCommand,    &topCommand,   &exportCommand,
-                                   &verifyCommand,  &repairCommand,  &cutCommand,   &joinCommand};
+const Command* const commands[] = {
+    &startCommand,  &recordCommand, &infoCommand,    &listCommand, &statsCommand, &latencyCommand,
+    &checkCommand,  &diffCommand,   &explainCommand, &plotCommand, &viewCommand,  &topCommand,
+    &exportCommand, &verifyCommand, &repairCommand,  &cutCommand,  &joinCommand};
 
 std::string Overview() {
   std::string text =

@@ -30,6 +30,7 @@ extern const Command diffCommand;
 extern const Command explainCommand;
 extern const Command exportCommand;
 extern const Command plotCommand;
+extern const Command viewCommand;
 extern const Command topCommand;
 extern const Command verifyCommand;
 extern const Command repairCommand;

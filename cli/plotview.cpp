@@ -7,12 +7,9 @@
 #include "svg.h"
 #include "timeline/axis.h"
 #include "timeline/colours.h"
-#include "timeline/selection.h"
 
 namespace cli {
 namespace {
-
-using analysis::Ticks;
 
 constexpr int topMargin = 8;
 constexpr int axisHeight = 24;
@@ -20,11 +17,6 @@ constexpr int groupGap = 14;
 constexpr int legendHeight = 34;
 constexpr double labelDistance = 90;  // pixels, at least, between the times of the axis
 constexpr double fontSize = 10;
-
-bool BelongTo(const PlotGroup& group, const PlotLane& lane) {
-  const bool sameRate = group.lanes.front()->of.lane.TicksPerSecond() == lane.of.lane.TicksPerSecond();
-  return sameRate && lane.of.lane.StartTime() <= group.to && lane.of.lane.StopTime() >= group.from;
-}
 
 // All rows of a group, from `top`.
 PlotRows RowsOfGroup(const PlotGroup& group, const timeline::RowChoice& choice, int width, int top) {
@@ -121,35 +113,6 @@ class Legend {
 };
 
 }  // namespace
-
-PlotLane::PlotLane(AnalysedLane analysed)
-    : of(std::move(analysed)),
-      tracks(timeline::Tracks::Of(of.lane, of.conventions)),
-      statistics(of.lane, of.conventions.idle) {}
-
-void PlotGroup::Select(Ticks begin, Ticks end) {
-  from = std::clamp(begin, from, to);
-  to = std::clamp(end, from, to);
-  for (PlotLane* lane : lanes)
-    lane->statistics =
-        timeline::Select(lane->of.lane, lane->of.conventions.meanings, lane->of.IdleName(), from, to);
-}
-
-std::vector<PlotGroup> Grouped(const std::vector<std::unique_ptr<PlotLane>>& lanes) {
-  std::vector<PlotGroup> groups;
-  for (const auto& lane : lanes) {
-    const Ticks from = lane->of.lane.StartTime();
-    const Ticks to = lane->of.lane.StopTime();
-    const tasklog::Log* log = &lane->of.loaded->log;
-    if (groups.empty() || !BelongTo(groups.back(), *lane)) groups.push_back({{}, from, to, log});
-    PlotGroup& group = groups.back();
-    group.lanes.push_back(lane.get());
-    group.from = std::min(group.from, from);
-    group.to = std::max(group.to, to);
-    if (log->StartTime() < group.first->StartTime()) group.first = log;
-  }
-  return groups;
-}
 
 PlotPicture DrawPlot(const std::vector<PlotGroup>& groups, const timeline::RowChoice& choice, int width,
                      bool withTitles) {

@@ -1,40 +1,15 @@
-// What a plot shows: lanes on a common time axis, and what was found out of each.
+// The picture that `tasklog plot` writes.
 #pragma once
 
-#include <memory>
 #include <string>
 #include <vector>
 
-#include "analysedlane.h"
-#include "analysis/statistics.h"
+#include "plotlanes.h"
 #include "timeline/layer.h"
 #include "timeline/rows.h"
-#include "timeline/tracks.h"
 #include "timeline/window.h"
 
 namespace cli {
-
-// A lane, loaded as a whole.
-struct PlotLane {
-  explicit PlotLane(AnalysedLane analysed);
-
-  AnalysedLane of;
-  timeline::Tracks tracks;
-  analysis::Statistics statistics;  // of the time that is shown, once PlotGroup::Select() was called
-};
-
-// Lanes whose times can be compared: one tick rate, and periods that overlap.
-struct PlotGroup {
-  std::vector<PlotLane*> lanes;
-  analysis::Ticks from;  // both included
-  analysis::Ticks to;
-  const tasklog::Log* first;  // starts first: from there seconds count
-
-  // Only this time is shown, as far as the lanes reach, and the numbers are of it.
-  void Select(analysis::Ticks begin, analysis::Ticks end);
-};
-
-std::vector<PlotGroup> Grouped(const std::vector<std::unique_ptr<PlotLane>>& lanes);
 
 // The rows of a group, as far as they are in the picture.
 struct PlotRows {

@@ -3,10 +3,7 @@
 // in the other: a segment's last tick may have got more entries later, its first may have lost some.
 #include "segments.h"
 
-#include <fcntl.h>
 #include <fmt/format.h>
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <filesystem>
@@ -15,6 +12,7 @@
 #include "args.h"
 #include "failure.h"
 #include "logsummary.h"
+#include "memoryfile.h"
 #include "taskfile/join.h"
 #include "text.h"
 
@@ -48,27 +46,6 @@ std::string ReadBytes(const std::string& path, std::uintmax_t most) {
   if (!file) throw Failure::System("reading " + Quoted(path), errno != 0 ? errno : EIO);
   return bytes;
 }
-
-// A file without a place, for the library to read.
-class MemoryFile {
- public:
-  explicit MemoryFile(std::string_view bytes) : fd_(::memfd_create("tasklog", MFD_CLOEXEC)) {
-    while (fd_ >= 0 && !bytes.empty()) {
-      const ssize_t written = ::write(fd_, bytes.data(), bytes.size());
-      if (written < 0 && errno != EINTR) throw Failure::System("joining segments in memory", errno);
-      bytes.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(written, 0)));
-    }
-    if (fd_ < 0) throw Failure::System("joining segments in memory", errno);
-  }
-  MemoryFile(const MemoryFile&) = delete;
-  MemoryFile& operator=(const MemoryFile&) = delete;
-  ~MemoryFile() { ::close(fd_); }
-
-  std::string Path() const { return fmt::format("/proc/self/fd/{}", fd_); }
-
- private:
-  int fd_;
-};
 
 bool IsEmpty(const Period& period) { return period.start == 0 && period.stop == 0; }
 

@@ -1,6 +1,7 @@
 // Statistics for people: what a lane is, then three tables of its tasks.
 #include "statsformat.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "summaryformat.h"
@@ -159,6 +160,23 @@ std::size_t StatsText::WorstOf(const LaneStatistics& lane) {
 }
 
 }  // namespace
+
+void OrderTasks(std::vector<TaskIndex>& tasks, std::string_view key, const analysis::Lane& lane,
+                const analysis::Statistics& statistics) {
+  if (key == "name") {
+    const auto name = [&](TaskIndex task) { return std::string_view(lane.Tasks()[task].name); };
+    std::stable_sort(tasks.begin(), tasks.end(), [&](TaskIndex a, TaskIndex b) { return name(a) < name(b); });
+    return;
+  }
+  const auto number = [&](TaskIndex task) -> std::uint64_t {
+    const analysis::TaskStatistics& of = statistics.Tasks()[task];
+    if (key == "load") return of.loadTicks;
+    if (key == "response") return of.Of(Quantity::response).Max();
+    return lane.Tasks()[task].priority;
+  };
+  std::stable_sort(tasks.begin(), tasks.end(),
+                   [&](TaskIndex a, TaskIndex b) { return number(a) > number(b); });
+}
 
 std::optional<double> LaneStatistics::SwitchesPerSecond() const {
   const double ticks = static_cast<double>(source.lane.CoveredTicks());

@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "analysedlane.h"
@@ -20,6 +21,10 @@ struct LaneStatistics {
   // Switches by the seconds that are covered; empty when that cannot be told.
   std::optional<double> SwitchesPerSecond() const;
 };
+
+// Orders tasks by "priority", "load", "response" or "name"; where that is equal, the order of the log stays.
+void OrderTasks(std::vector<analysis::TaskIndex>& tasks, std::string_view key, const analysis::Lane& lane,
+                const analysis::Statistics& statistics);
 
 // Lane after lane, then the end.
 class StatsFormat {

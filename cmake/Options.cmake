@@ -4,6 +4,8 @@ set(TASKLOG_SANITIZE "" CACHE STRING "Sanitizers to build with, such as address,
 
 option(TASKLOG_FUZZ "Build the fuzz targets as fuzzers (clang)" OFF)
 
+option(TASKLOG_VIEWER "Build the timeline page (emscripten, node, npm)" OFF)
+
 option(TASKLOG_BENCH "Build the benchmarks" OFF)
 
 option(TASKLOG_COVERAGE "Count which branches of the library are taken" OFF)
@@ -15,7 +17,9 @@ set(CMAKE_C_EXTENSIONS OFF)
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
-set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+if(NOT EMSCRIPTEN)
+  set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+endif()
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)

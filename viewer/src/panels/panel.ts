@@ -1,0 +1,14 @@
+// What a panel at the side is: a name and a title for its tab, the parts of the state it shows, and how.
+import type { Client } from "../load/client";
+import type { Actions } from "../state/actions";
+import type { AppStore, State } from "../state/state";
+
+export interface PanelContext { store: AppStore; actions: Actions; client: Client }
+
+export interface Panel {
+  name: string; // as State.panel
+  title: string;
+  watches: (keyof State)[];
+  // Fills `place`, which is empty; may go on later, as long as `isCurrent()`.
+  show(place: HTMLElement, context: PanelContext, isCurrent: () => boolean): void | Promise<void>;
+}

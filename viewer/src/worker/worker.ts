@@ -1,0 +1,107 @@
+// The worker: the module, and the page's requests to it, one after the other.
+import createBridge, { type Bridge } from "bridge";
+import { gunzip } from "./gunzip";
+import type { FileToOpen, FromWorker, ToWorker } from "./protocol";
+
+// Relative paths are found from here, and so are some "..".
+const home = "/l/l/l/l/l/l/l/l";
+
+let bridge: Promise<Bridge>;
+let warnings: string[] = [];
+let stored: string[] = [];
+
+async function start(wasm: string): Promise<Bridge> {
+  const chunks: Uint8Array[] = [];
+  await gunzip(wasm, chunk => chunks.push(chunk));
+  const wasmBinary = new Uint8Array(await new Blob(chunks as BlobPart[]).arrayBuffer());
+  const made = await createBridge({ wasmBinary, printErr: line => warnings.push(line), print: () => undefined });
+  made.FS.mkdirTree(home);
+  made.FS.chdir(home);
+  return made;
+}
+
+// As the file system wants it: from its root, without "." and "..".
+function folderOf(path: string): string {
+  const parts: string[] = [];
+  for (const part of `${path.startsWith("/") ? "" : home}/${path}`.split("/").slice(0, -1))
+    if (part === "..") parts.pop();
+    else if (part !== "" && part !== ".") parts.push(part);
+  return `/${parts.join("/")}`;
+}
+
+async function store(module: Bridge, file: FileToOpen): Promise<void> {
+  module.FS.mkdirTree(folderOf(file.path));
+  const stream = module.FS.open(file.path, "w");
+  stored.push(file.path);
+  const write = (bytes: Uint8Array): void => void module.FS.write(stream, bytes, 0, bytes.length);
+  if (file.gzipText !== undefined) await gunzip(file.gzipText, write);
+  if (file.bytes) {
+    const reader = file.bytes.stream().getReader();
+    for (let part = await reader.read(); !part.done; part = await reader.read()) write(part.value);
+  }
+  module.FS.close(stream);
+}
+
+// Text for the module; it is freed behind `use`.
+function withText<Result>(module: Bridge, texts: string[], use: (places: number[]) => Result): Result {
+  const places = texts.map(text => {
+    const size = module.lengthBytesUTF8(text) + 1;
+    const place = module._malloc(size);
+    module.stringToUTF8(text, place, size);
+    return place;
+  });
+  try {
+    return use(places);
+  } finally {
+    places.forEach(place => module._free(place));
+  }
+}
+
+function textOf(module: Bridge): string {
+  const begin = module._TaskLogText() >>> 0;
+  return new TextDecoder().decode(module.HEAPU8.subarray(begin, begin + module._TaskLogTextSize()));
+}
+
+function call(module: Bridge, id: number, name: string, keys: string): void {
+  warnings = [];
+  const failed = withText(module, [name, keys], ([a, b]) => module._TaskLogCall(a!, b!)) !== 0;
+  if (name === "open") stored.splice(0).forEach(path => module.FS.unlink(path)); // all is in the module now
+  const text = textOf(module);
+  if (failed) return send({ kind: "error", id, message: text });
+  const ints = copy(module.HEAP32, module._TaskLogInts(), module._TaskLogIntCount());
+  const floats = copy(module.HEAPF32, module._TaskLogFloats(), module._TaskLogFloatCount());
+  const begin = module._TaskLogPixels() >>> 0;
+  const pixels = new Uint8ClampedArray(module.HEAPU8.slice(begin, begin + 4 * module._TaskLogPixelCount()).buffer);
+  send({ kind: "answer", id, text, ints, floats, pixels, warnings }, [ints.buffer, floats.buffer, pixels.buffer]);
+}
+
+function copy<Numbers extends Int32Array | Float32Array>(heap: Numbers, place: number, count: number): Numbers {
+  const begin = (place >>> 0) / 4;
+  return heap.slice(begin, begin + count) as Numbers;
+}
+
+function send(message: FromWorker, transfer: Transferable[] = []): void {
+  self.postMessage(message, { transfer });
+}
+
+async function handle(message: ToWorker): Promise<void> {
+  if (message.kind === "start") {
+    bridge = start(message.wasm);
+    bridge.catch(() => undefined); // told with the first request
+    return;
+  }
+  try {
+    const module = await bridge;
+    if (message.kind === "call") return call(module, message.id, message.name, message.keys);
+    for (const file of message.files) await store(module, file);
+    const nothing = { text: "null", ints: new Int32Array(), floats: new Float32Array(), pixels: new Uint8ClampedArray() };
+    send({ kind: "answer", id: message.id, ...nothing, warnings: [] });
+  } catch (error) {
+    send({ kind: "error", id: message.id, message: error instanceof Error ? error.message : String(error) });
+  }
+}
+
+let last = Promise.resolve();
+self.onmessage = (event: MessageEvent<ToWorker>) => {
+  last = last.then(() => handle(event.data));
+};
