@@ -108,9 +108,14 @@ class Page {
 
   void Write(const Options& options) {
     const std::size_t at = template_.find(place);
+    const std::vector<std::string> files = FilesOf(options.logs);
+    for (const std::string& path : files) {
+      std::error_code error;
+      if (fs::equivalent(path, place_, error)) throw InTheWay(options.output, "it is one of the logs");
+    }
     file_.Write(std::string_view(template_).substr(0, at));
     file_.Write(Arguments(options));
-    for (const std::string& path : FilesOf(options.logs)) WriteFile(path);
+    for (const std::string& path : files) WriteFile(path);
     file_.Write(std::string_view(template_).substr(at + place.size()));
     file_.Finish(place_);
     file_.RenameTo(place_);
