@@ -87,10 +87,10 @@ int VerifyAll(const std::vector<std::string>& paths) {
   return exitCode;
 }
 
-std::function<int()> Declare(CLI::App& app) {
+Declared Declare(CLI::App& app) {
   const auto paths = std::make_shared<std::vector<std::string>>();
   app.add_option("FILE", *paths, "TaskLog files")->required()->type_name("");
-  return [paths] { return VerifyAll(*paths); };
+  return {[paths] { return VerifyAll(*paths); }};
 }
 
 }  // namespace
