@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "completion.h"
 #include "failure.h"
 #include "stdoutwriter.h"
 #include "suggest.h"
@@ -158,6 +159,7 @@ int RunCommandLine(std::vector<std::string> arguments) {
   if (first == "--version") return PrintText("tasklog " TASKLOG_VERSION "\n");
   arguments.erase(arguments.begin());
   if (first == "help") return Help(arguments);
+  if (first == "complete") return Complete(arguments);
   return RunCommand(FindCommand(first), std::move(arguments));
 }
 
