@@ -113,7 +113,6 @@ std::size_t CheckedLimit(const std::string& text) {
 }
 
 int ExplainLogs(const Options& options) {
-  RequireOneOf("--format", options.format, {"text", "json"});
   LaneLoader loader("explain", options.common);
   Asked asked(options);
   const std::size_t limit = CheckedLimit(options.limit);
@@ -143,7 +142,7 @@ int ExplainLogs(const Options& options) {
   return found ? exitBroken : exitKept;
 }
 
-std::function<int()> Declare(CLI::App& app) {
+Declared Declare(CLI::App& app) {
   const auto options = std::make_shared<Options>();
   DeclareAnalysisOptions(app, options->common);
   app.add_option("--task", options->task, "Only what made this task late")->type_name("NAME");
@@ -155,7 +154,8 @@ std::function<int()> Declare(CLI::App& app) {
   app.add_option("--limit", options->limit, "How many findings to tell of each lane (default: 5)")
       ->type_name("N");
   app.add_option("--format", options->format, "text (default) or json")->type_name("FORMAT");
-  return [options] { return RunGate([&] { return ExplainLogs(*options); }); };
+  return {[options] { return RunGate([&] { return ExplainLogs(*options); }); },
+          {{"--format", {"text", "json"}}}};
 }
 
 }  // namespace

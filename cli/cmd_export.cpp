@@ -87,7 +87,7 @@ int Export(Options options) {
   return exitSuccess;
 }
 
-std::function<int()> Declare(CLI::App& app) {
+Declared Declare(CLI::App& app) {
   const auto options = std::make_shared<Options>();
   app.add_option("LOG", options->common.logs, "TaskLog files, or folders of recordings")
       ->required()
@@ -110,7 +110,7 @@ std::function<int()> Declare(CLI::App& app) {
       ->type_name("PATTERN")
       ->allow_extra_args(false);
   DeclareConventions(app, options->common);
-  return [options] { return Export(*options); };
+  return {[options] { return Export(*options); }, {}, {{"--to", FormatNames()}}};
 }
 
 }  // namespace

@@ -77,7 +77,6 @@ std::size_t CheckedWorst(const std::string& text) {
 }
 
 int ShowLatencies(const Options& options) {
-  RequireOneOf("--format", options.format, {"text", "json"});
   LaneLoader loader("latencies", options.common);
   Side begin("--begin", options.begin);
   Side end("--end", options.end);
@@ -110,7 +109,7 @@ int ShowLatencies(const Options& options) {
   return exitCode;
 }
 
-std::function<int()> Declare(CLI::App& app) {
+Declared Declare(CLI::App& app) {
   const auto options = std::make_shared<Options>();
   DeclareAnalysisOptions(app, options->common);
   app.add_option("--begin", options->begin,
@@ -121,7 +120,11 @@ std::function<int()> Declare(CLI::App& app) {
   app.add_option("--end", options->end, "What it ends with, likewise")->required()->type_name("SELECTOR");
   app.add_option("--worst", options->worst, "How many of the longest to list (default: 10)")->type_name("N");
   app.add_option("--format", options->format, "text (default) or json")->type_name("FORMAT");
-  return [options] { return ShowLatencies(*options); };
+  const std::vector<std::string> kinds = {
+      "testpoint:", "issue:", "event:", "activation:", "start:", "completion:"};
+  return {[options] { return ShowLatencies(*options); },
+          {{"--format", {"text", "json"}}},
+          {{"--begin", kinds}, {"--end", kinds}}};
 }
 
 }  // namespace

@@ -168,7 +168,7 @@ int View(const Options& options) {
   return exitSuccess;
 }
 
-std::function<int()> Declare(CLI::App& app) {
+Declared Declare(CLI::App& app) {
   const auto options = std::make_shared<Options>();
   app.add_option("LOG", options->logs, "TaskLog files, or folders of recordings")->required()->type_name("");
   app.add_option("--from", options->from,
@@ -177,7 +177,7 @@ std::function<int()> Declare(CLI::App& app) {
   app.add_option("--to", options->to, "The last time, written likewise")->type_name("TIME");
   app.add_option("-o,--output", options->output, "The page (default: timeline.html)")->type_name("FILE");
   app.add_flag("--open", options->open, "Open it in the browser");
-  return [options] { return View(*options); };
+  return {[options] { return View(*options); }};
 }
 
 }  // namespace
