@@ -67,10 +67,25 @@ Cause Causes::Of(const LateJob& late) {
 }
 
 void Causes::Complete(TaskIndex task, const Stretch& job, Cause& cause) const {
-  for (std::vector<Link>* links : {&cause.chain, &cause.also})
-    for (Link& link : *links)
+  for (std::vector<Link>* links : {&cause.chain, &cause.also}) {
+    for (Link& link : *links) {
       if (link.kind == CauseKind::execution) FindGrownStretch(link);
+      if (link.activator != noTask) FindRaisePoint(link);
+    }
+  }
   OrderParts(task, job, cause.parts);
+}
+
+void Causes::FindRaisePoint(Link& link) const {
+  const PastJob* activator = schedule_.JobAt(link.activator, link.at);
+  const std::vector<PastMark>& passed = schedule_.Testpoints();
+  auto mark = std::partition_point(passed.begin(), passed.end(),
+                                   [&](const PastMark& one) { return one.time <= link.at; });
+  while (activator && mark != passed.begin() && (--mark)->time >= activator->activation) {
+    if (mark->running != link.activator) continue;
+    link.raisedAt = mark->subject;
+    return;
+  }
 }
 
 void Causes::OrderParts(TaskIndex task, const Stretch& job, std::vector<PartExcess>& parts) const {
@@ -113,12 +128,13 @@ void Causes::Follow(const Delay& delay, Cause& cause) {
   const auto larger = [](const PartExcess& a, const PartExcess& b) { return a.Excess() < b.Excess(); };
   const auto most = std::max_element(delay.parts.begin(), delay.parts.end(), larger);
   if (most->Excess() * 2 < delay.excess || most->Excess() <= 1) {
-    if (cause.chain.empty())
+    if (!FollowOwnBurst(delay, cause) && cause.chain.empty())
       cause.chain.push_back(MakeLink(CauseKind::unknown, delay.task, delay.excess, delay.stretch, cause));
     return;
   }
   const bool isDirect = cause.chain.empty();
   FollowPart(delay, *most, cause);
+  if (!cause.isAnomaly && FollowOwnBurst(delay, cause)) return;
   if (!isDirect) return;
   for (const PartExcess& part : delay.parts) {
     const auto enough = static_cast<Ticks>(nearlyAsMuch * static_cast<double>(most->Excess()));

@@ -40,6 +40,7 @@ struct Link {
   std::uint32_t normalCount = 0;  // its cycles, where they were more
   std::uint32_t count = 0;
   TaskIndex activator = noTask;        // of `task`, where it came more often
+  SubjectIndex raisedAt = noSubject;   // the testpoint that the activator had passed last then
   TaskIndex holder = noTask;           // who ran when a wait ended, if it was the same each time
   SubjectIndex beginMark = noSubject;  // the stretch between two testpoints that grew
   SubjectIndex endMark = noSubject;
@@ -106,6 +107,7 @@ class Causes {
   void FollowPart(const Delay& delay, const PartExcess& part, Cause& cause);
   void FollowExecution(const Delay& delay, const PartExcess& part, Cause& cause);
   void FollowPreemption(const Delay& delay, const PartExcess& part, Cause& cause);
+  bool FollowOwnBurst(const Delay& delay, Cause& cause);
   void FollowSharing(const Delay& delay, const PartExcess& part, Cause& cause);
   void FollowWaiting(const Delay& delay, const PartExcess& part, Cause& cause);
   Waiter LookAtWait(const Stretch& wait) const;
@@ -115,10 +117,12 @@ class Causes {
                     Cause& cause);
   void FollowActivation(TaskIndex task, std::size_t place, Cause& cause);
   bool CameMoreOften(TaskIndex task, const Stretch& stretch, Link& link);
+  bool CameInBurst(TaskIndex task, const Stretch& stretch, Link& link);
   void AddLongJob(TaskIndex task, const PastJob& job, Ticks excess, Cause& cause);
   Link MakeLink(CauseKind kind, TaskIndex task, Ticks excess, const Stretch& stretch,
                 const Cause& cause) const;
   void FindGrownStretch(Link& link) const;
+  void FindRaisePoint(Link& link) const;
   void OrderParts(TaskIndex task, const Stretch& job, std::vector<PartExcess>& parts) const;
   bool IsWithin(const Cause& cause) const;
 

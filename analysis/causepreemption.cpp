@@ -67,18 +67,27 @@ void Causes::AddLongJob(TaskIndex task, const PastJob& job, Ticks excess, Cause&
   cause.isAnomaly = usual.IsHigh(job.ExecutionOfCycle()) || isChanged;
 }
 
-// More cycles than the usual distance of its releases allows, and nearer to each other than usual.
+// Since some time, or since it appeared at all; or in this stretch.
 bool Causes::CameMoreOften(TaskIndex task, const Stretch& stretch, Link& link) {
   const Usual& interval = habits_.Interval(task);
   const std::vector<PastJob>& jobs = schedule_.JobsOf(task);
   if (interval.changedAt && interval.medianAfter < interval.medianBefore) return true;
-  const auto [first, last] = schedule_.JobsIn(task, stretch);
-  if (first == last) return false;
+  const auto places = schedule_.JobsIn(task, stretch);
+  if (places.first == places.second) return false;
   const Ticks begin = schedule_.Of().StartTime();
   const Ticks wait = jobs.front().activation - begin;
   if (wait > fewIntervals * interval.median && wait > schedule_.Of().Length() / partOfLog &&
       !jobs.front().cutBegin && interval.count > 0)
     return true;
+  return CameInBurst(task, stretch, link);
+}
+
+// More cycles than the usual distance of its releases allows, and nearer to each other than usual.
+bool Causes::CameInBurst(TaskIndex task, const Stretch& stretch, Link& link) {
+  const Usual& interval = habits_.Interval(task);
+  const std::vector<PastJob>& jobs = schedule_.JobsOf(task);
+  const auto [first, last] = schedule_.JobsIn(task, stretch);
+  if (first == last) return false;
   std::uint64_t cycles = 0;
   Ticks nearest = UINT64_MAX;
   for (std::size_t i = first; i < last; ++i) {
@@ -128,6 +137,21 @@ void Causes::FollowPreemption(const Delay& delay, const PartExcess& part, Cause&
   by.count = above.count;
   by.normalCount = above.normalCount;
   cause.chain.push_back(by);
+}
+
+// A job that comes in a burst of its own task meets others that it usually does not meet, or waits for the
+// jobs before it: then what it met, which is usual in itself, has the burst as its cause.
+bool Causes::FollowOwnBurst(const Delay& delay, Cause& cause) {
+  if (cause.chain.size() > 1 || !IsWithin(cause)) return false;
+  const Ticks begin = delay.stretch.from - std::min(delay.stretch.from, habits_.Interval(delay.task).median);
+  Ticks explained = 0;
+  for (const PartExcess& part : delay.parts)
+    if (part.kind == PartKind::preemption || part.kind == PartKind::execution) explained += part.Excess();
+  Link link = MakeLink(CauseKind::preemptionMoreOften, delay.task, std::min(explained, delay.excess),
+                       {begin, delay.stretch.to}, cause);
+  if (explained * 2 < delay.excess || !CameInBurst(delay.task, {begin, delay.stretch.to}, link)) return false;
+  cause.chain.push_back(link);
+  return cause.isAnomaly = true;
 }
 
 void Causes::FollowSharing(const Delay& delay, const PartExcess& part, Cause& cause) {

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <map>
 
+#include "issuepoints.h"
 #include "lateness.h"
 
 namespace analysis {
@@ -25,17 +26,26 @@ constexpr std::size_t nearlyAll = 9;
 constexpr std::size_t mostPairs = 65536;
 constexpr std::size_t mostPairsInAll = std::size_t{1} << 22;  // where tasks are many, each has its part
 constexpr std::size_t fewestPairs = 512;
-constexpr std::size_t mostSamples = 256;
 
 bool IsNear(Ticks one, Ticks other) {
   const Ticks distance = one > other ? one - other : other - one;
   return distance <= std::max(fewTicks, other / partsOff);
 }
 
-Ticks ExecutedBy(const Schedule& schedule, TaskIndex task, const Stretch& until) {
-  Ticks sum = 0;
-  schedule.ForEachRun(until, [&](TaskIndex by, const Stretch& run) { sum += by == task ? run.Length() : 0; });
-  return sum;
+// The first of the issues from number `from` on that is later than `time`. Time: the logarithm of how far it
+// is.
+std::size_t FirstAfter(const std::vector<PastMark>& issues, std::size_t from, Ticks time) {
+  const auto isPast = [time](const PastMark& issue) { return issue.time <= time; };
+  std::size_t last = from, step = 1;
+  while (last < issues.size() && isPast(issues[last])) {
+    from = last + 1;
+    last += step;
+    step *= 2;
+  }
+  const auto begin = issues.begin();
+  const auto end = begin + static_cast<std::ptrdiff_t>(std::min(last, issues.size()));
+  return static_cast<std::size_t>(
+      std::partition_point(begin + static_cast<std::ptrdiff_t>(from), end, isPast) - begin);
 }
 
 // By their places among the issues of the lane.
@@ -53,7 +63,7 @@ RaisedBySubject IssuesDuringJobs(const Schedule& schedule, TaskIndex task, std::
   for (std::size_t place = 0; place < jobs.size() && issue < issues.size(); ++place) {
     const PastJob& job = jobs[place];
     if (pairs >= most) return end = place, all;
-    while (issue < issues.size() && issues[issue].time <= job.activation) ++issue;
+    issue = FirstAfter(issues, issue, job.activation);
     if (job.cutBegin) continue;
     for (std::size_t one = issue; one < issues.size() && issues[one].time <= job.end && pairs < most;
          ++one, ++pairs)
@@ -87,43 +97,23 @@ std::size_t CountAtMultiples(const std::vector<Raised>& raised, Ticks length) {
   return static_cast<std::size_t>(std::count_if(raised.begin(), raised.end(), fits));
 }
 
-struct Range {
-  Ticks least = UINT64_MAX;
-  Ticks most = 0;
-  void Add(Ticks value) {
-    least = std::min(least, value);
-    most = std::max(most, value);
-  }
-  Ticks Width() const { return most - least; }
-};
-
 // A task raises a message at one point of its own work: how much of it is done by then varies less than the
 // time since the activation of the task that may be late. Just as a job begins, others may raise what is due
 // then.
-bool IsAtOnePoint(const Schedule& schedule, TaskIndex by, SubjectIndex subject, Ticks room) {
-  Range executed;
-  std::size_t all = 0, looked = 0, withIt = 0;
-  std::size_t step = 1;  // the more there are, the fewer are looked at
-  for (const PastMark& issue : schedule.Issues()) {
-    if (issue.subject != subject || all++ % step != 0) continue;
-    if (++looked % mostSamples == 0) step *= 2;
-    const PastJob* job = issue.running == by ? schedule.JobAt(by, issue.time) : nullptr;
-    if (!job) continue;
-    ++withIt;
-    executed.Add(ExecutedBy(schedule, by, {job->activation, issue.time}));
-    if (executed.least <= fewTicks || executed.Width() > room + fewTicks) return false;
-  }
-  return withIt * 2 > looked;
+bool AreAtOnePoint(const IssuePoints& points, Ticks room) {
+  return points.raised * 2 > points.looked && points.least > fewTicks &&
+         points.most - points.least <= room + fewTicks;
 }
 
 // Of two tasks in step with each other that is so of either. But a message does not ask whether the other is
 // late.
-bool IsMessage(const Schedule& schedule, TaskIndex task, const std::vector<Raised>& raised,
-               std::size_t fitting, std::size_t all) {
+bool IsMessage(const Schedule& schedule, IssuePointFinder& finder, TaskIndex task,
+               const std::vector<Raised>& raised, std::size_t fitting) {
   const PastMark& first = schedule.Issues()[raised.front().issue];
   if (schedule.IsIdle(first.running)) return false;
-  if (first.running != task && fitting * 10 >= all * nearlyAll) return false;
-  return IsAtOnePoint(schedule, first.running, first.subject, raised.back().elapsed - raised.front().elapsed);
+  if (first.running != task && fitting * 10 >= finder.CountOf(first.subject) * nearlyAll) return false;
+  return AreAtOnePoint(finder.PointsOf(first.running, first.subject),
+                       raised.back().elapsed - raised.front().elapsed);
 }
 
 struct Candidate {
@@ -133,25 +123,32 @@ struct Candidate {
   Ticks Length() const { return raised.front().elapsed; }
 };
 
-using Counts = std::map<SubjectIndex, std::size_t>;
+// The responses of the first `count` jobs, where they are whole, by length.
+std::vector<Ticks> ResponsesOf(const std::vector<PastJob>& jobs, std::size_t count) {
+  std::vector<Ticks> responses;
+  for (std::size_t i = 0; i < count; ++i)
+    if (jobs[i].isWhole) responses.push_back(jobs[i].Response());
+  std::sort(responses.begin(), responses.end());
+  return responses;
+}
 
 // The best deadline of the task that each kind of issue shows, if it shows any.
-void AddCandidates(const Schedule& schedule, Habits& habits, TaskIndex task, Counts& counts,
+void AddCandidates(const Schedule& schedule, Habits& habits, TaskIndex task, IssuePointFinder& finder,
                    std::vector<Candidate>& candidates) {
-  const Ticks period = habits.PeriodOf(task);
-  const std::vector<PastJob>& jobs = schedule.JobsOf(task);
   std::size_t end = 0;
-  for (auto& [subject, all] : IssuesDuringJobs(schedule, task, end)) {
+  RaisedBySubject bySubject = IssuesDuringJobs(schedule, task, end);
+  if (bySubject.empty()) return;
+  const Ticks period = habits.PeriodOf(task);
+  const std::vector<Ticks> responses = ResponsesOf(schedule.JobsOf(task), end);
+  for (const auto& [subject, all] : bySubject) {
     std::vector<Raised> raised = MostAtOneTime(all);
     const Ticks length = raised.back().elapsed;
     const bool isPeriod = period > 0 && IsNear(length, period);
     if ((raised.size() < 2 && !isPeriod) || length < habits.Execution(task).median) continue;
-    std::size_t longer = 0;
-    for (std::size_t i = 0; i < end; ++i)
-      longer += jobs[i].isWhole && jobs[i].Response() > length + length / partsOff + fewTicks;
-    if (raised.size() * 10 < longer * mostHaveIt) continue;
-    if (!isPeriod && IsMessage(schedule, task, raised, CountAtMultiples(all, length), counts[subject]))
-      continue;
+    const Ticks clearlyLate = length + length / partsOff + fewTicks;
+    const auto longer = responses.end() - std::upper_bound(responses.begin(), responses.end(), clearlyLate);
+    if (raised.size() * 10 < static_cast<std::size_t>(longer) * mostHaveIt) continue;
+    if (!isPeriod && IsMessage(schedule, finder, task, raised, CountAtMultiples(all, length))) continue;
     candidates.push_back({task, subject, std::move(raised)});
   }
 }
@@ -166,10 +163,9 @@ std::vector<std::vector<Deadline>> FindDeadlines(const Schedule& schedule, Habit
   std::vector<bool> taken(schedule.Issues().size());
   std::vector<Candidate> candidates;
   if (taken.empty()) return deadlines;
-  Counts counts;
-  for (const PastMark& issue : schedule.Issues()) ++counts[issue.subject];
+  IssuePointFinder finder(schedule);
   for (TaskIndex task = 0; task < schedule.TaskCount(); ++task)
-    if (!schedule.IsIdle(task)) AddCandidates(schedule, habits, task, counts, candidates);
+    if (!schedule.IsIdle(task)) AddCandidates(schedule, habits, task, finder, candidates);
   std::stable_sort(candidates.begin(), candidates.end(), [](const Candidate& a, const Candidate& b) {
     return a.raised.size() != b.raised.size() ? a.raised.size() > b.raised.size() : a.Length() < b.Length();
   });

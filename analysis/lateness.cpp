@@ -45,6 +45,20 @@ class Search {
  private:
   static constexpr std::uint8_t notLate = UINT8_MAX;
 
+  struct ShownDeadline {
+    Ticks length;
+    std::size_t place;  // in deadlines_, of the last of those that are not longer
+  };
+  std::vector<ShownDeadline> ByLength() const {
+    std::vector<ShownDeadline> sorted;
+    for (std::size_t i = 0; i < deadlines_.size(); ++i) sorted.push_back({deadlines_[i].length, i});
+    std::sort(sorted.begin(), sorted.end(),
+              [](const ShownDeadline& a, const ShownDeadline& b) { return a.length < b.length; });
+    std::size_t last = 0;
+    for (ShownDeadline& one : sorted) one.place = last = std::max(last, one.place);
+    return sorted;
+  }
+
   void Mark(std::size_t place, LateSign sign) {
     signs_[place] = std::min(signs_[place], static_cast<std::uint8_t>(sign));
   }
@@ -56,13 +70,17 @@ class Search {
       if (jobs_[i].isWhole && jobs_[i].Response() > period) Mark(i, LateSign::nextActivation);
   }
 
+  // A job beyond several deadlines has the issue of the last that is given.
   void MarkDeadlines() {
-    for (const Deadline& deadline : deadlines_) {
-      for (std::size_t i = 0; i < jobs_.size(); ++i) {
-        if (!jobs_[i].isWhole || jobs_[i].Response() <= deadline.length) continue;
-        Mark(i, LateSign::issue);
-        issues_[i] = deadline.issue;
-      }
+    const std::vector<ShownDeadline> deadlines = ByLength();
+    if (deadlines.empty()) return;
+    for (std::size_t i = 0; i < jobs_.size(); ++i) {
+      const Ticks response = jobs_[i].Response();
+      const auto isExceeded = [&](const ShownDeadline& one) { return one.length < response; };
+      const auto met = std::partition_point(deadlines.begin(), deadlines.end(), isExceeded);
+      if (!jobs_[i].isWhole || met == deadlines.begin()) continue;
+      Mark(i, LateSign::issue);
+      issues_[i] = deadlines_[met[-1].place].issue;
     }
   }
 

@@ -28,6 +28,9 @@ class Finder {
 
  private:
   void FindAsked() {
+    for (const PastMark& issue : schedule_.Issues())
+      if (std::binary_search(question_.issues.begin(), question_.issues.end(), issue.subject))
+        askedTimes_.push_back(issue.time);
     for (TaskIndex task = 0; task < schedule_.TaskCount(); ++task) {
       if (schedule_.IsIdle(task) || (question_.task != noTask && question_.task != task)) continue;
       const std::vector<PastJob>& jobs = schedule_.JobsOf(task);
@@ -48,13 +51,8 @@ class Finder {
   }
 
   bool HasIssue(const PastJob& job) const {
-    const std::vector<PastMark>& all = schedule_.Issues();
-    auto issue = std::partition_point(all.begin(), all.end(),
-                                      [&](const PastMark& one) { return one.time < job.activation; });
-    const std::vector<SubjectIndex>& asked = question_.issues;
-    for (; issue != all.end() && issue->time <= job.end; ++issue)
-      if (std::find(asked.begin(), asked.end(), issue->subject) != asked.end()) return true;
-    return false;
+    const auto issue = std::lower_bound(askedTimes_.begin(), askedTimes_.end(), job.activation);
+    return issue != askedTimes_.end() && *issue <= job.end;
   }
 
   void FindLate() {
@@ -124,6 +122,7 @@ class Finder {
   Habits& habits_;
   const Question& question_;
   std::vector<std::vector<Deadline>> deadlines_;  // by TaskIndex
+  std::vector<Ticks> askedTimes_;                 // of the issues that were asked for
   Suspects found_;
 };
 

@@ -12,7 +12,7 @@ namespace analysis {
 struct Question {
   TaskIndex task = noTask;           // only of this one
   std::optional<Ticks> at;           // jobs under way then
-  std::vector<SubjectIndex> issues;  // jobs under way when one of these is raised
+  std::vector<SubjectIndex> issues;  // jobs under way when one of these is raised; ascending
   std::optional<Ticks> over;         // jobs whose response is longer
   bool AsksForJobs() const { return at || !issues.empty() || over; }
 };

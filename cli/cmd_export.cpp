@@ -97,8 +97,9 @@ std::function<int()> Declare(CLI::App& app) {
       ->required()
       ->type_name("FORMAT")
       ->allow_extra_args(false);
-  app.add_option("-o,--output", options->output,
-                 "Where to write: a file, for ctf and ctf-kernel a new\nfolder; - is standard output")
+  app.add_option(
+         "-o,--output", options->output,
+         "Where to write: a file, for ctf, ctf-kernel and parquet a\nnew folder; - is standard output")
       ->required()
       ->type_name("OUT");
   app.add_option("--from", options->common.from,

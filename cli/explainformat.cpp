@@ -120,8 +120,8 @@ class ExplainText : public ExplainFormat {
     const char* first = "   Why: ";
     for (const Link& link : finding.cause.chain) {
       Wrap(out_, std::exchange(first, "        "),
-           fmt::format("{} at {} {} ({})", LinkText(lane, link), lane.TimeText(link.at), lane.Unit(),
-                       NameOf(link.kind)));
+           fmt::format("{} at {} {} ({})", LinkText(lane, link, finding.task), lane.TimeText(link.at),
+                       lane.Unit(), NameOf(link.kind)));
     }
   }
 

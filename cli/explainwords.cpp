@@ -29,8 +29,9 @@ std::string Stretch(const AnalysedLane& lane, const Link& link) {
 }
 
 std::string MoreOften(const AnalysedLane& lane, const Link& link, const std::string& who) {
-  const std::string by =
-      link.activator == noTask ? "" : fmt::format(", activated by {}", TaskName(lane, link.activator));
+  std::string by;
+  if (link.activator != noTask) by = fmt::format(", activated by {}", TaskName(lane, link.activator));
+  if (link.raisedAt != noSubject) by += " at " + Name(lane, link.raisedAt);
   if (link.count <= link.normalCount)
     return fmt::format("{} ran more often than it normally does{}", who, by);
   return fmt::format("{} ran {} jobs where its period leaves room for {}{}", who, link.count,
@@ -82,7 +83,7 @@ std::string TaskName(const AnalysedLane& lane, analysis::TaskIndex task) {
   return task == noTask ? "the lane" : SafeText(lane.lane.Tasks()[task].name);
 }
 
-std::string LinkText(const AnalysedLane& lane, const Link& link) {
+std::string LinkText(const AnalysedLane& lane, const Link& link, analysis::TaskIndex late) {
   const std::string task = TaskName(lane, link.task);
   const std::string actual = ShortLength(lane, link.actual);
   const std::string normal = ShortLength(lane, link.normal);
@@ -91,7 +92,8 @@ std::string LinkText(const AnalysedLane& lane, const Link& link) {
     case CauseKind::preemptionLonger:
       return fmt::format("{}, of higher priority, had the processor for {} in place of {}, in longer jobs",
                          task, actual, normal);
-    case CauseKind::preemptionMoreOften: return MoreOften(lane, link, task + ", of higher priority,");
+    case CauseKind::preemptionMoreOften:
+      return MoreOften(lane, link, link.task == late ? task + " itself" : task + ", of higher priority,");
     case CauseKind::preemptionCoincidence:
       return fmt::format("{} came at the same time and had the processor for {} in place of {}", task, actual,
                          normal);
@@ -121,8 +123,9 @@ std::string Verdict(const AnalysedLane& lane, const Finding& finding) {
                        finding.occurrences.size(), finding.occurrences.size() == 1 ? "gap" : "gaps",
                        ShortLength(lane, finding.excess), Percent(1 - lane.lane.Coverage()));
   }
-  std::string text = Symptom(lane, finding) + ": " + LinkText(lane, finding.cause.chain.front());
-  if (finding.cause.chain.size() > 1) text += ", because " + LinkText(lane, root);
+  std::string text =
+      Symptom(lane, finding) + ": " + LinkText(lane, finding.cause.chain.front(), finding.task);
+  if (finding.cause.chain.size() > 1) text += ", because " + LinkText(lane, root, finding.task);
   return text + ".";
 }
 

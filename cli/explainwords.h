@@ -18,9 +18,9 @@ std::string TaskName(const AnalysedLane& lane, analysis::TaskIndex task);
 // ..."
 std::string Verdict(const AnalysedLane& lane, const analysis::Finding& finding);
 
-// What one step of the chain says, without its time: "VisionTrigger, of higher priority, ran 6 jobs where
-// ..."
-std::string LinkText(const AnalysedLane& lane, const analysis::Link& link);
+// What one step of the chain says of the task that was late, without its time: "VisionTrigger, of higher
+// priority, ran 6 jobs where ..."
+std::string LinkText(const AnalysedLane& lane, const analysis::Link& link, analysis::TaskIndex late);
 
 // "preemption by VisionTrigger"
 std::string PartText(const AnalysedLane& lane, const analysis::PartExcess& part);

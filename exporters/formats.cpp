@@ -7,6 +7,7 @@
 #include "ctfkernel.h"
 #include "exporter.h"
 #include "jsonl.h"
+#include "parquet.h"
 #include "perfetto.h"
 #include "sqlite.h"
 
@@ -18,8 +19,8 @@ const std::vector<Format>& Formats() {
       {"csv", MakeCsv, Kind::stream},       {"jsonl", MakeJsonLines, Kind::stream},
       {"chrome", MakeChrome, Kind::stream}, {"perfetto", MakePerfetto, Kind::stream},
       {"ctf", MakeCtf, Kind::folder},       {"ctf-kernel", MakeCtfKernel, Kind::folder},
-#ifdef TASKLOG_SQLITE
-      {"sqlite", MakeSqlite, Kind::file},
+#ifdef TASKLOG_TABLES
+      {"sqlite", MakeSqlite, Kind::file},   {"parquet", MakeParquet, Kind::folder},
 #endif
   };
   return formats;

@@ -11,6 +11,7 @@
 #include <string>
 #include <type_traits>
 
+#include "analysis/findings.h"
 #include "analysis/statistics.h"
 #include "growth/machine.h"
 #include "growth/shapes.h"
@@ -80,7 +81,7 @@ void CountFiles(Setting setting, const char* path) {
   Count("load", setting, [&] { Check(TLTaskLogAppendFromFile(loaded.get(), path)); });
 }
 
-void CountStatistics(const std::string& label, Setting setting, const char* path) {
+void CountAnalyses(const std::string& label, Setting setting, const char* path) {
   tasklog::Log log;
   Check(log.AppendFromFile(path).Code());
   Count(label + ": statistics", setting, [&] {
@@ -90,12 +91,19 @@ void CountStatistics(const std::string& label, Setting setting, const char* path
     for (const analysis::TaskStatistics& task : statistics.Tasks())
       for (const analysis::Values& values : task.values) static_cast<void>(values.Summarize());
   });
+  Count(label + ": explain", setting, [&] {
+    const analysis::Lane lane({&log});
+    const analysis::Schedule schedule(lane,
+                                      {analysis::Meanings::OfSimulator(), analysis::FindIdleTask(lane)});
+    static_cast<void>(analysis::Explain(schedule, {}));
+  });
 }
 
 // What an odd machine may hold, and a file made of it.
 void CountRing(const RingShape& shape, Setting setting, const char* path) {
   std::vector<bench::Record> records;
-  for (std::uint32_t i = 0; i < setting.entries; ++i) records.push_back(shape.recordAt(i, setting.entries));
+  const std::size_t size = setting.entries * shape.scale;
+  for (std::uint32_t i = 0; i < size; ++i) records.push_back(shape.recordAt(i, size));
   const auto count = [&](bool has) { return has ? static_cast<std::uint32_t>(setting.entries) : 0; };
   TheMachine() = {bench::FullRing(records), count(shape.tasks), count(shape.testpoints), shape.nameOf,
                   shape.slicesDiffer};
@@ -106,7 +114,7 @@ void CountRing(const RingShape& shape, Setting setting, const char* path) {
   Count(label + ": save", setting, [&] { Check(TLTaskLogSaveAsFile(log.get(), path)); });
   const Log loaded = NewLog();
   Count(label + ": load", setting, [&] { Check(TLTaskLogAppendFromFile(loaded.get(), path)); });
-  CountStatistics(label, setting, path);
+  CountAnalyses(label, setting, path);
 }
 
 void CountFile(const FileShape& shape, Setting setting, const char* path) {
@@ -117,7 +125,7 @@ void CountFile(const FileShape& shape, Setting setting, const char* path) {
   const Log log = NewLog();
   Count(label + ": load", setting, [&] { Check(TLTaskLogAppendFromFile(log.get(), path)); });
   Count(label + ": load again", setting, [&] { Check(TLTaskLogAppendFromFile(log.get(), path)); });
-  CountStatistics(label, setting, path);
+  CountAnalyses(label, setting, path);
   Count(label + ": save", setting, [&] { Check(TLTaskLogSaveAsFile(log.get(), path)); });
 }
 
@@ -178,6 +186,12 @@ int Run() {
   const int file = mkstemp(path);
   if (file < 0) return 1;
   close(file);
+  // First, on a heap that is in order: the few instructions of a poll show what an allocation has to look
+  // for.
+  for (const Setting setting : flatSettings) {
+    CountPolls(setting);
+    CountQueries(setting);
+  }
   for (const Setting setting : linearSettings) {
     CountAppends(setting);
     CountFiles(setting, path);
@@ -185,10 +199,6 @@ int Run() {
   for (const std::size_t factor : {1, 2, 4}) {
     for (const RingShape& shape : ringShapes) CountRing(shape, {factor * SmallestShape(false), 0}, path);
     for (const FileShape& shape : fileShapes) CountFile(shape, {factor * SmallestShape(true), 0}, path);
-  }
-  for (const Setting setting : flatSettings) {
-    CountPolls(setting);
-    CountQueries(setting);
   }
   return unlink(path);
 }

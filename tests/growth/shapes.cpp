@@ -22,6 +22,24 @@ std::string LongestName(std::uint32_t index) {
   return std::string(240, 'n') + std::to_string(100000 + index);
 }
 
+// In each eight records a task of `tasks` does a job above one that never ends, and four timing issues of
+// `codes` kinds are raised.
+Record Issues(std::uint32_t i, std::size_t taskCount, std::size_t codeCount) {
+  const auto tasks = static_cast<std::uint32_t>(taskCount), codes = static_cast<std::uint32_t>(codeCount);
+  const std::uint64_t time = now + (i / 8) * 100 + i % 8 * 10;
+  const std::uint32_t task = TaskId(1 + i / 8 % tasks);
+  if (i % 8 == 1) return {time, 2, task};
+  if (i % 8 == 5) return {time, 0, task};
+  if (i % 8 == 6) return {time, 1, TaskId(0)};
+  return {time, 7, 0x41414141 + i % codes};
+}
+
+constexpr RingShape IssueShape(const char* name, Record (*recordAt)(std::uint32_t i, std::size_t count)) {
+  RingShape shape{name, recordAt};
+  shape.scale = 8;
+  return shape;
+}
+
 constexpr RingShape rings[] = {
     {"one time",
      [](auto i, auto) {
@@ -88,6 +106,12 @@ constexpr RingShape rings[] = {
        return Record{now + i, 4, TaskId(i)};
      },
      true, false, LongestName},
+    IssueShape("one timing issue in jobs", [](auto i, auto) { return Issues(i, 1, 1); }),
+    IssueShape("timing issues of many kinds in jobs", [](auto i, auto n) { return Issues(i, 1, n / 4); }),
+    IssueShape("timing issues of some kinds in jobs of many",
+               [](auto i, auto n) { return Issues(i, n / 32, 60); }),
+    IssueShape("timing issues of many kinds in jobs of many",
+               [](auto i, auto n) { return Issues(i, n / 32, n / 4); }),
 };
 
 // One section, whose records take turns between switching in and out.
