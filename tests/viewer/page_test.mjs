@@ -115,10 +115,10 @@ test("a run that is wider than a pixel has its task's colour, where its ticks li
       colour: store.now.recording.lanes[lane].tasks[task].colour,
     };
   });
-  assert.equal(run.colours[1], run.colour);
-  assert.equal(run.colours[2], run.colour);
-  assert.notEqual(run.colours[0], run.colour);
-  assert.notEqual(run.colours[3], run.colour);
+  // The browser may round a colour on its way.
+  const part = (colour, shift) => (colour >> shift) & 255;
+  const isNear = colour => [16, 8, 0].every(shift => Math.abs(part(colour, shift) - part(run.colour, shift)) <= 4);
+  assert.deepEqual(run.colours.map(isNear), [false, true, true, false]);
 });
 
 test("what cannot be read is told in the command's words", { skip }, async () => {
