@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
@@ -14,10 +13,11 @@
 #include "bounds.h"
 #include "commandline.h"
 #include "failure.h"
-#include "gzip.h"
 #include "outputplace.h"
 #include "recording.h"
 #include "stdoutwriter.h"
+#include "taskfile/base64.h"
+#include "taskfile/pack.h"
 #include "tempfile.h"
 #include "text.h"
 
@@ -123,25 +123,30 @@ class Page {
   }
 
  private:
+  // A portion is a line of the element.
   void WriteFile(const std::string& path) {
-    std::array<char, 1 << 18> block;
     const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (fd < 0) throw Failure::System("reading " + Quoted(path), errno);
-    file_.Write("<script type=\"application/gzip\" data-path=\"" + Escaped(path) + "\">");
-    GzipText gzip([&](std::string_view text) { file_.Write(text); });
+    std::error_code unknown;
+    file_.Write(fmt::format("<script type=\"text/plain\" data-path=\"{}\" data-size=\"{}\">\n", Escaped(path),
+                            fs::file_size(path, unknown)));
+    taskfile::Packer packer;
     ssize_t count = 0;
-    while ((count = ::read(fd, block.data(), block.size())) > 0)
-      gzip.Add({block.data(), static_cast<std::size_t>(count)});
+    while ((count = ::read(fd, portion_.data(), portion_.size())) > 0) {
+      const std::string_view bytes(portion_.data(), static_cast<std::size_t>(count));
+      file_.Write(taskfile::Base64Of(packer.Pack(bytes)));
+      file_.Write("\n");
+    }
     const int error = errno;
     ::close(fd);
     if (count < 0) throw Failure::System("reading " + Quoted(path), error);
-    gzip.Finish();
     file_.Write("</script>\n");
   }
 
   std::string template_;
   std::string place_;
   TempFile file_;
+  std::vector<char> portion_ = std::vector<char>(std::size_t{1} << 20);
 };
 
 // By the program that the desktop opens files with.

@@ -26,7 +26,7 @@ const folderOf = (path: string): string => path.slice(0, Math.max(path.lastIndex
 
 // The folder where there is metadata of a recording, otherwise each file; one of any name may be a log.
 function chosen(found: { path: string; file: File }[]): Chosen {
-  const files = found.map(({ path, file }) => ({ path, bytes: file }));
+  const files = found.map(({ path, file }) => ({ path, bytes: file, size: file.size }));
   const recordings = new Set(
     found.filter(({ path }) => /\/recording\.json$/.test(path)).map(({ path }) => folderOf(path)),
   );

@@ -22,7 +22,8 @@ export class Client {
 
   // Stores files for the next call of "open".
   async store(files: FileToOpen[]): Promise<void> {
-    await this.request(id => ({ kind: "files", id, files }));
+    const packed = files.flatMap(file => (file.packed ? [file.packed.buffer] : []));
+    await this.request(id => ({ kind: "files", id, files }), packed);
   }
 
   async call<Name extends CallName>(name: Name, keys: Calls[Name]["keys"]): Promise<Reply<Name>> {
@@ -33,11 +34,14 @@ export class Client {
     return { json, text: answer.text, ints: answer.ints, floats: answer.floats, pixels: answer.pixels };
   }
 
-  private request(make: (id: number) => ToWorker): Promise<FromWorker & { kind: "answer" }> {
+  private request(
+    make: (id: number) => ToWorker,
+    transfer: Transferable[] = [],
+  ): Promise<FromWorker & { kind: "answer" }> {
     const id = ++this.lastId;
     return new Promise((resolve, reject) => {
       this.waiting.set(id, { resolve, reject });
-      this.post(make(id));
+      this.post(make(id), transfer);
     });
   }
 
@@ -53,7 +57,7 @@ export class Client {
     this.waiting.clear();
   }
 
-  private post(message: ToWorker): void {
-    this.worker.postMessage(message);
+  private post(message: ToWorker, transfer: Transferable[] = []): void {
+    this.worker.postMessage(message, transfer);
   }
 }

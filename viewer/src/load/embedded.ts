@@ -20,10 +20,24 @@ export function takeRecording(): Embedded | null {
   const text = takeText("recording");
   if (text === "") return null;
   const asked = JSON.parse(text) as Omit<Embedded, "files">;
-  const files = [...document.querySelectorAll<HTMLScriptElement>("script[data-path]")].map(element => {
-    const file = { path: decodeURIComponent(element.dataset["path"] ?? ""), gzipText: element.textContent ?? "" };
-    element.remove();
-    return file;
-  });
+  const files = [...document.querySelectorAll<HTMLScriptElement>("script[data-path]")].map(element => ({
+    path: decodeURIComponent(element.dataset["path"] ?? ""),
+    packed: takeBytes(element),
+    size: Number(element.dataset["size"] ?? 0),
+  }));
   return { ...asked, files };
+}
+
+// The browser holds a long text in parts, each of which goes as soon as its bytes are there.
+function takeBytes(element: HTMLElement): Uint8Array<ArrayBuffer> {
+  element.remove();
+  const parts = [...element.childNodes] as Text[];
+  const bytes = new Uint8Array(parts.reduce((sum, part) => sum + part.length, 0));
+  const encoder = new TextEncoder();
+  let at = 0;
+  for (const part of parts) {
+    at += encoder.encodeInto(part.data, bytes.subarray(at)).written;
+    part.data = "";
+  }
+  return bytes;
 }

@@ -6,6 +6,7 @@ declare module "bridge" {
     open(path: string, flags: string): unknown;
     write(stream: unknown, bytes: Uint8Array, offset: number, length: number): number;
     close(stream: unknown): void;
+    truncate(path: string, size: number): void;
     unlink(path: string): void;
   }
   export interface Bridge {
@@ -18,6 +19,10 @@ declare module "bridge" {
     _malloc(size: number): number;
     _free(place: number): void;
     _TaskLogCall(name: number, keys: number): number;
+    _TaskLogBeginFile(): void;
+    _TaskLogUnpackLine(place: number, size: number): number;
+    _TaskLogUnpacked(): number;
+    _TaskLogUnpackedSize(): number;
     _TaskLogText(): number;
     _TaskLogTextSize(): number;
     _TaskLogInts(): number;

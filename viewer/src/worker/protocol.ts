@@ -213,11 +213,12 @@ export interface Reply<Name extends CallName> {
   pixels: Uint8ClampedArray;
 }
 
-// A file of a recording: its bytes, or as the page carries them.
+// A file of a recording: its bytes, or as the page carries them, in `size` bytes then.
 export interface FileToOpen {
   path: string;
   bytes?: Blob;
-  gzipText?: string;
+  packed?: Uint8Array<ArrayBuffer>;
+  size: number;
 }
 
 export type ToWorker =

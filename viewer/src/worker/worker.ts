@@ -33,13 +33,32 @@ async function store(module: Bridge, file: FileToOpen): Promise<void> {
   module.FS.mkdirTree(folderOf(file.path));
   const stream = module.FS.open(file.path, "w");
   stored.push(file.path);
+  module.FS.truncate(file.path, file.size); // at once: a file that grows is copied again and again
   const write = (bytes: Uint8Array): void => void module.FS.write(stream, bytes, 0, bytes.length);
-  if (file.gzipText !== undefined) await gunzip(file.gzipText, write);
+  if (file.packed) unpack(module, file.packed, write);
   if (file.bytes) {
     const reader = file.bytes.stream().getReader();
     for (let part = await reader.read(); !part.done; part = await reader.read()) write(part.value);
   }
   module.FS.close(stream);
+}
+
+// Line by line. docs/viewer.md, Packed files.
+function unpack(module: Bridge, lines: Uint8Array, use: (bytes: Uint8Array) => void): void {
+  const newline = 10;
+  module._TaskLogBeginFile();
+  for (let at = 0; at < lines.length;) {
+    const next = lines.indexOf(newline, at);
+    const line = lines.subarray(at, next < 0 ? lines.length : next);
+    at += line.length + 1;
+    const place = module._malloc(line.length + 1) >>> 0;
+    module.HEAPU8.set(line, place);
+    const failed = module._TaskLogUnpackLine(place, line.length) !== 0;
+    module._free(place);
+    if (failed) throw new Error("the recording in this page is damaged: ask for the page again");
+    const begin = module._TaskLogUnpacked() >>> 0;
+    use(module.HEAPU8.subarray(begin, begin + module._TaskLogUnpackedSize()));
+  }
 }
 
 // Text for the module; it is freed behind `use`.
