@@ -26,34 +26,66 @@ constexpr Rgb idleBars = 0x87919E;  // seen on light and dark paper
 constexpr std::uint32_t idleOpacity = 60;
 constexpr long leastBar = 2;  // pixels: whatever is there is seen
 constexpr double leastLabelled = 34;
+constexpr double tallest = 16384;  // of the image
+constexpr double leastDrawn = 4;   // of a slice that the page draws; narrower ones are part of the image
+constexpr std::uint32_t denseDistance =
+    50;  // pixels between the marks of a row: closer ones are part of it too
+constexpr Rgb denseMarks = 0x87919E;
+constexpr std::uint32_t denseOpacity = 190;
 
 constexpr std::uint32_t BytesOf(Rgb colour, std::uint32_t opacity) {
   return (colour >> 16 & 0xFF) | (colour & 0xFF00) | (colour & 0xFF) << 16 | opacity << 24;
 }
 
-// The bars of a row: `height` lines, each as wide as the window.
+// The image of the rows that are seen: all that would be too much to draw one by one.
+class Image {
+ public:
+  Image(Answer& answer, std::uint32_t width, double top, double height)
+      : pixels_(answer.pixels),
+        width_(width),
+        top_(std::lround(top)),
+        height_(std::lround(std::ceil(height))) {
+    pixels_.assign(std::size_t{width_} * static_cast<std::size_t>(height_), 0);
+  }
+
+  // A part of a column; `y` counts from the top of all rows.
+  void Fill(std::size_t x, long y, long height, std::uint32_t bytes) {
+    const long end = std::min(y + height - top_, height_);
+    for (y = std::max(y - top_, 0L); y < end; ++y) pixels_[static_cast<std::size_t>(y) * width_ + x] = bytes;
+  }
+  void Fill(long x, long end, long y, long height, std::uint32_t bytes) {
+    for (x = std::max(x, 0L); x < std::min(end, static_cast<long>(width_)); ++x)
+      Fill(static_cast<std::size_t>(x), y, height, bytes);
+  }
+
+ private:
+  std::vector<std::uint32_t>& pixels_;
+  std::uint32_t width_;
+  long top_;
+  long height_;
+};
+
+// The bars of a row.
 class Bars {
  public:
-  Bars(Answer& answer, std::uint32_t width, int height)
-      : answer_(answer), begin_(answer.pixels.size()), width_(width), height_(height) {}
+  Bars(Image& image, const PlacedRow& row)
+      : image_(image), top_(row.top + timeline::runsTop), height_(timeline::RunsHeightOf(row)) {}
 
   // From `level`, counted from below.
   void Add(std::size_t x, long level, long height, std::uint32_t bytes) {
-    if (answer_.pixels.size() == begin_) answer_.pixels.resize(begin_ + std::size_t{width_} * height_);
-    const long end = std::min<long>(level + height, height_);
-    for (long y = level; y < end; ++y)
-      answer_.pixels[begin_ + static_cast<std::size_t>(height_ - 1 - y) * width_ + x] = bytes;
+    const long high = std::min<long>(height, height_ - level);
+    if (high > 0) image_.Fill(x, top_ + height_ - level - high, high, bytes);
   }
-  // Where they begin in the pixels; -1: there are none.
-  std::int32_t Place() const {
-    return answer_.pixels.size() == begin_ ? -1 : static_cast<std::int32_t>(begin_);
+  // All of it between two places, to whole pixels and at least one.
+  void AddWhole(double begin, double end, std::uint32_t bytes) {
+    const long left = std::lround(begin);
+    image_.Fill(left, std::max(std::lround(end), left + 1), top_, height_, bytes);
   }
   int Height() const { return height_; }
 
  private:
-  Answer& answer_;
-  std::size_t begin_;
-  std::uint32_t width_;
+  Image& image_;
+  long top_;
   int height_;
 };
 
@@ -61,26 +93,26 @@ class Bars {
 class LanePixels {
  public:
   // `labels` counts the lengths in the JSON.
-  LanePixels(const ViewedLane& lane, const timeline::Window& window, Answer& answer, std::int32_t& labels)
+  LanePixels(const ViewedLane& lane, const timeline::Window& window, Image& image, Answer& answer,
+             std::int32_t& labels)
       : lane_(lane),
         window_(window),
+        image_(image),
         answer_(answer),
         labels_(labels),
         gaps_(timeline::LayerOf(lane.gaps, window)) {}
 
   void Add(const PlacedRow& row, std::size_t index) {
     const std::size_t header = answer_.ints.size();
-    answer_.ints.insert(answer_.ints.end(), {static_cast<std::int32_t>(index), -1, 0, 0, 0});
-    Bars bars(answer_, window_.Width(), timeline::RunsHeightOf(row));
+    answer_.ints.insert(answer_.ints.end(), {static_cast<std::int32_t>(index), 0, 0});
+    Bars bars(image_, row);
     slices_ = marks_ = 0;
     answer_.floats.push_back(static_cast<float>(row.IsLane() ? BusyShare() : LoadOf(row.task)));
     row.IsLane() ? AddLaneRow(bars) : AddTaskRow(row.task, bars);
     AddGaps();
     AddMarks(row);
-    answer_.ints[header + 1] = bars.Place();
-    answer_.ints[header + 2] = bars.Height();
-    answer_.ints[header + 3] = slices_;
-    answer_.ints[header + 4] = marks_;
+    answer_.ints[header + 1] = slices_;
+    answer_.ints[header + 2] = marks_;
   }
 
  private:
@@ -116,10 +148,10 @@ class LanePixels {
     for (const TaskIndex task : lane_.byPriority) {
       const Layer layer = timeline::LayerOf(Track(task).runs, window_);
       if (layer.isEmpty) continue;
-      AddSlices(layer, runSlice, task);
+      AddSlices(layer, runSlice, task, bars, BytesOfRuns(task));
       if (task == lane_.Of().conventions.idle) continue;
       levels.resize(window_.Width());
-      const std::uint32_t bytes = BytesOf(ColourOf(task), opaque);
+      const std::uint32_t bytes = BytesOfRuns(task);
       for (std::size_t x = 0; x < layer.shares.size(); ++x) {
         if (layer.shares[x] <= 0) continue;
         const long from = Pixels(levels[x], bars.Height());
@@ -127,32 +159,46 @@ class LanePixels {
         bars.Add(x, from, Pixels(levels[x], bars.Height()) - from, bytes);
       }
     }
-    AddSlices(timeline::LayerOf(lane_.Tracks().Unknown(), window_), unknownSlice, analysis::noTask);
+    AddSlices(timeline::LayerOf(lane_.Tracks().Unknown(), window_), unknownSlice, analysis::noTask, bars,
+              BytesOf(idleBars, idleOpacity));
+  }
+
+  std::uint32_t BytesOfRuns(TaskIndex task) const {
+    return task == lane_.Of().conventions.idle ? BytesOf(idleBars, idleOpacity)
+                                               : BytesOf(ColourOf(task), opaque);
   }
 
   void AddTaskRow(TaskIndex task, Bars& bars) {
-    const bool isIdle = task == lane_.Of().conventions.idle;
     AddShares(timeline::LayerOf(Track(task).jobs, window_), bars, BytesOf(ColourOf(task), pale), jobSlice,
               task);
-    AddSlices(timeline::LayerOf(Track(task).waits, window_), waitSlice, task);
-    AddShares(timeline::LayerOf(Track(task).runs, window_), bars,
-              isIdle ? BytesOf(idleBars, idleOpacity) : BytesOf(ColourOf(task), opaque), runSlice, task);
+    for (const timeline::Slice& slice : timeline::LayerOf(Track(task).waits, window_).slices)
+      AddSlice(waitSlice, task, slice);
+    AddShares(timeline::LayerOf(Track(task).runs, window_), bars, BytesOfRuns(task), runSlice, task);
   }
 
   void AddShares(const Layer& layer, Bars& bars, std::uint32_t bytes, SliceKind kind, TaskIndex task) {
+    if (layer.isEmpty) return;
     for (std::size_t x = 0; x < layer.shares.size(); ++x)
       if (layer.shares[x] > 0)
         bars.Add(x, 0, std::max(Pixels(layer.shares[x], bars.Height()), leastBar), bytes);
-    AddSlices(layer, kind, task);
+    AddSlices(layer, kind, task, bars, bytes);
   }
 
   // ---- Slices ----
 
-  void AddSlices(const Layer& layer, SliceKind kind, TaskIndex task) {
+  void AddSlices(const Layer& layer, SliceKind kind, TaskIndex task, Bars& bars, std::uint32_t bytes) {
     for (const timeline::Slice& slice : layer.slices) {
-      const std::int32_t flags = (slice.fadesIn ? fadesIn : 0) | (slice.fadesOut ? fadesOut : 0);
-      AddSlice(kind, task, slice.index, flags, slice.begin, slice.end, LabelOf(kind, task, slice));
+      const bool isPlain = !slice.fadesIn && !slice.fadesOut;
+      if (isPlain && slice.end - slice.begin < leastDrawn)
+        bars.AddWhole(slice.begin, slice.end, bytes);
+      else
+        AddSlice(kind, task, slice);
     }
+  }
+
+  void AddSlice(SliceKind kind, TaskIndex task, const timeline::Slice& slice) {
+    const std::int32_t flags = (slice.fadesIn ? fadesIn : 0) | (slice.fadesOut ? fadesOut : 0);
+    AddSlice(kind, task, slice.index, flags, slice.begin, slice.end, LabelOf(kind, task, slice));
   }
 
   void AddSlice(SliceKind kind, TaskIndex task, std::size_t index, std::int32_t flags, double begin,
@@ -176,7 +222,7 @@ class LanePixels {
 
   // Neighbouring pixels that hold any are one.
   void AddGaps() {
-    AddSlices(gaps_, gapSlice, analysis::noTask);
+    for (const timeline::Slice& slice : gaps_.slices) AddSlice(gapSlice, analysis::noTask, slice);
     for (std::size_t x = 0; x < gaps_.shares.size(); ++x) {
       if (gaps_.shares[x] <= 0) continue;
       const std::size_t begin = x;
@@ -189,29 +235,42 @@ class LanePixels {
 
   void AddMarks(const PlacedRow& row) {
     if (row.IsLane()) {
-      Add(lane_.Tracks().LoneTestpoints(), timeline::testpointWidth, testpointMark);
-      Add(lane_.Tracks().Issues(), timeline::markWidth, issueMark);
+      Add(row, lane_.Tracks().LoneTestpoints(), timeline::testpointWidth, testpointMark);
+      Add(row, lane_.Tracks().Issues(), timeline::markWidth, issueMark);
       return;
     }
-    Add(Track(row.task).testpoints, timeline::testpointWidth, testpointMark);
-    Add(Track(row.task).events, timeline::markWidth, eventMark);
-    Add(Track(row.task).issues, timeline::markWidth, issueMark);
+    Add(row, Track(row.task).testpoints, timeline::testpointWidth, testpointMark);
+    Add(row, Track(row.task).events, timeline::markWidth, eventMark);
+    Add(row, Track(row.task).issues, timeline::markWidth, issueMark);
   }
 
-  void Add(const timeline::Marks& marks, std::uint32_t cellWidth, MarkKind kind) {
-    for (const timeline::MarkCell& cell : timeline::CellsOf(marks, window_, cellWidth)) {
-      const timeline::MarkPoint& first = marks[cell.first];
-      answer_.ints.insert(
-          answer_.ints.end(),
-          {kind, static_cast<std::int32_t>(first.subject), static_cast<std::int32_t>(first.running),
-           static_cast<std::int32_t>(cell.first), static_cast<std::int32_t>(cell.count)});
-      answer_.floats.push_back(static_cast<float>(cell.x));
-      ++marks_;
-    }
+  void Add(const PlacedRow& row, const timeline::Marks& marks, std::uint32_t cellWidth, MarkKind kind) {
+    const auto cells = timeline::CellsOf(marks, window_, cellWidth);
+    const bool isDense = kind != issueMark && cells.size() > window_.Width() / denseDistance;
+    for (const timeline::MarkCell& cell : cells) isDense ? Paint(row, cell, kind) : Add(marks, cell, kind);
+  }
+
+  // A line, or a small triangle that points to the row.
+  void Paint(const PlacedRow& row, const timeline::MarkCell& cell, MarkKind kind) {
+    const long x = std::lround(cell.x);
+    const std::uint32_t bytes = BytesOf(denseMarks, denseOpacity);
+    if (kind == testpointMark) return image_.Fill(x, x + 1, row.top + 2, timeline::marksHeight - 2, bytes);
+    for (long y = 0; y < 3; ++y) image_.Fill(x - 2 + y, x + 3 - y, row.top + 4 + 2 * y, 2, bytes);
+  }
+
+  void Add(const timeline::Marks& marks, const timeline::MarkCell& cell, MarkKind kind) {
+    const timeline::MarkPoint& first = marks[cell.first];
+    answer_.ints.insert(
+        answer_.ints.end(),
+        {kind, static_cast<std::int32_t>(first.subject), static_cast<std::int32_t>(first.running),
+         static_cast<std::int32_t>(cell.first), static_cast<std::int32_t>(cell.count)});
+    answer_.floats.push_back(static_cast<float>(cell.x));
+    ++marks_;
   }
 
   const ViewedLane& lane_;
   const timeline::Window& window_;
+  Image& image_;
   Answer& answer_;
   std::int32_t& labels_;
   Layer gaps_;
@@ -226,11 +285,12 @@ void Pixels(Recording& recording, const Request& request, Answer& answer) {
   const timeline::Window window = WindowOf(request);
   const double top = request.Number("top");
   const double bottom = top + request.Number("height");
+  Image image(answer, window.Width(), top, std::clamp(request.Number("height"), 1.0, tallest));
   answer.json.BeginArray();
   std::int32_t labels = 0;
   for (std::size_t i = 0; i < recording.rows.size();) {
     const std::size_t lane = recording.rows[i].lane;
-    LanePixels pixels(recording.LaneAt(lane), window, answer, labels);
+    LanePixels pixels(recording.LaneAt(lane), window, image, answer, labels);
     for (; i < recording.rows.size() && recording.rows[i].lane == lane; ++i) {
       const PlacedRow& row = recording.rows[i];
       if (row.top < bottom && row.top + row.Height() > top) pixels.Add(row, i);

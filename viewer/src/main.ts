@@ -35,8 +35,6 @@ listenToKeys({
 });
 client.onWarning = line => store.set({ problems: [...store.now.problems, line] });
 
-const findingsOfLane = 50;
-
 async function open(what: Embedded | Chosen): Promise<void> {
   store.set({
     phase: "loading",
@@ -63,7 +61,8 @@ async function open(what: Embedded | Chosen): Promise<void> {
     });
     if (!group) return;
     actions.show({ from: BigInt(group.shownFrom), to: BigInt(group.shownTo) });
-    store.set({ findings: (await client.call("explain", { limit: findingsOfLane })).json });
+    await scene.drawn();
+    await actions.findWhatWasLate(false);
   } catch (error) {
     const message = error instanceof Error ? error.message : String(error);
     store.set({ phase: store.now.recording ? "ready" : "empty", problems: [...store.now.problems, message] });

@@ -1,6 +1,5 @@
 // The numbers of a "pixels" call, row by row. docs/viewer.md, Pixels, has their order.
 import type { Reply } from "../worker/protocol";
-import { laneRunsHeight } from "./layout";
 
 export const SliceKind = { run: 0, job: 1, wait: 2, unknown: 3, gap: 4 } as const;
 export const MarkKind = { event: 0, testpoint: 1, issue: 2 } as const;
@@ -26,34 +25,24 @@ export interface Mark {
 export interface FrameRow {
   index: number;
   load: number;
-  bars: ImageData | null;
   slices: Slice[];
   marks: Mark[];
 }
 
-export function decode(reply: Reply<"pixels">, width: number): FrameRow[] {
+export interface Frame {
+  image: ImageData; // what is too small to be drawn one by one
+  rows: FrameRow[];
+}
+
+export function decode(reply: Reply<"pixels">, width: number): Frame {
   const { ints, floats, pixels, json: lengths } = reply;
   const rows: FrameRow[] = [];
   let at = 0;
   let real = 0;
   const int = (): number => ints[at++] ?? 0;
   const float = (): number => floats[real++] ?? 0;
-  const bars = (place: number, height: number): ImageData | null =>
-    place < 0
-      ? null
-      : new ImageData(
-          pixels.subarray(4 * place, 4 * (place + width * height)) as Uint8ClampedArray<ArrayBuffer>,
-          width,
-          height,
-        );
   while (at < ints.length) {
-    const row: FrameRow = {
-      index: int(),
-      load: float(),
-      bars: bars(int(), Math.min(int(), laneRunsHeight)),
-      slices: [],
-      marks: [],
-    };
+    const row: FrameRow = { index: int(), load: float(), slices: [], marks: [] };
     const [slices, marks] = [int(), int()];
     for (let i = 0; i < slices; ++i) {
       const [kind, task, , flags, label] = [int(), int(), int(), int(), int()];
@@ -74,5 +63,5 @@ export function decode(reply: Reply<"pixels">, width: number): FrameRow[] {
     }
     rows.push(row);
   }
-  return rows;
+  return { image: new ImageData(pixels as Uint8ClampedArray<ArrayBuffer>, width), rows };
 }

@@ -9,7 +9,7 @@ import { css, font, theme } from "./theme";
 
 type Context = CanvasRenderingContext2D;
 
-const denseDistance = 50; // pixels between the marks of a row: closer ones are pale and have no arrows
+const denseDistance = 50; // pixels between the marks of a row: closer ones have no arrows
 
 // Text that is cut where there is no room.
 export function fitted(context: Context, text: string, width: number): string {
@@ -24,6 +24,8 @@ export function fitted(context: Context, text: string, width: number): string {
 }
 
 export class Overlay {
+  private places: Map<string, number> | undefined;
+
   constructor(
     private readonly context: Context,
     private readonly size: Size,
@@ -40,11 +42,11 @@ export class Overlay {
     if (!group) return;
     this.clipped(0, rulerHeight, size.width, () => {
       this.drawGrid(axis);
-      for (const row of this.picture.frame) this.drawLabel(row);
+      for (const row of this.picture.frame.rows) this.drawLabel(row);
     });
     this.clipped(labelWidth, rulerHeight, this.picture.width, () => {
-      for (const row of this.picture.frame) this.drawTexts(row);
-      for (const row of this.picture.frame) this.drawMarks(row);
+      for (const row of this.picture.frame.rows) this.drawTexts(row);
+      for (const row of this.picture.frame.rows) this.drawMarks(row);
       this.drawPicked();
     });
     this.drawRuler(axis, group);
@@ -183,12 +185,24 @@ export class Overlay {
     const isDense = row.marks.length > this.picture.width / denseDistance;
     for (const mark of row.marks) {
       const x = labelWidth + mark.x;
-      this.context.globalAlpha = isDense && mark.kind !== MarkKind.issue ? 0.45 : 1;
       if (mark.kind === MarkKind.testpoint) this.drawTestpoint(x, bottom);
       else if (mark.kind === MarkKind.issue) this.drawFlag(x, bottom);
       else this.drawEvent(x, bottom, mark, place.lane, isDense);
+      if (mark.count > 1 && !isDense) this.drawCount(x, bottom, mark);
     }
-    this.context.globalAlpha = 1;
+  }
+
+  // How many marks are one here.
+  private drawCount(x: number, bottom: number, mark: Mark): void {
+    const { context } = this;
+    context.font = font(9.5);
+    context.textAlign = "left";
+    context.fillStyle = mark.kind === MarkKind.issue ? theme().issue : theme().faint;
+    context.fillText(
+      mark.count > 999 ? "999+" : `${mark.count}`,
+      x + (mark.kind === MarkKind.issue ? 9 : 5),
+      bottom - 5,
+    );
   }
 
   private drawTestpoint(x: number, bottom: number): void {
@@ -211,10 +225,7 @@ export class Overlay {
   private drawEvent(x: number, bottom: number, mark: Mark, lane: number, isDense: boolean): void {
     const { context } = this;
     context.fillStyle = context.strokeStyle = theme().mark;
-    const from =
-      mark.count > 1 || isDense
-        ? -1
-        : this.picture.rows.findIndex(row => row.lane === lane && row.task === mark.running);
+    const from = mark.count > 1 || isDense ? -1 : this.rowOf(lane, mark.running);
     if (from >= 0) {
       const start = this.topOf(from) + runsTop + runsHeight(false) / 2;
       context.globalAlpha = 0.35;
@@ -240,7 +251,8 @@ export class Overlay {
   }
 
   private rowOf(lane: number, task: number | null): number {
-    return this.picture.rows.findIndex(row => row.lane === lane && row.task === task);
+    this.places ??= new Map(this.picture.rows.map((row, index) => [`${row.lane}:${row.task}`, index]));
+    return this.places.get(`${lane}:${task}`) ?? -1;
   }
 
   private outline(range: TimeRange, index: number, below: number): void {

@@ -1,11 +1,11 @@
 // The lower canvas: bars, runs, jobs, waits, gaps.
 import type { LaneInfo, Row } from "../worker/protocol";
-import { SliceKind, type FrameRow, type Slice } from "./frame";
+import { SliceKind, type Frame, type FrameRow, type Slice } from "./frame";
 import { bracketHeight, labelWidth, rulerHeight, runsHeight, runsTop, type Size } from "./layout";
 import { css, strong, theme, type Theme } from "./theme";
 
 export interface Picture {
-  frame: FrameRow[];
+  frame: Frame;
   rows: Row[];
   lanes: LaneInfo[];
   scrollTop: number;
@@ -13,7 +13,9 @@ export interface Picture {
 }
 
 const fadeWidth = 16;
+const unknownColour = 0x888888;
 const leastBracket = 3;
+const leastDashed = 4;
 
 let hatches: { of: Theme; pattern: CanvasPattern | null } | undefined;
 function hatch(context: CanvasRenderingContext2D, look: Theme): CanvasPattern | string {
@@ -37,26 +39,14 @@ function hatch(context: CanvasRenderingContext2D, look: Theme): CanvasPattern | 
 
 let scratch: OffscreenCanvas | undefined;
 
-// Bars come as images as high as the row; one canvas takes them all, and hands them on at the screen's resolution.
-function drawBars(context: CanvasRenderingContext2D, picture: Picture): void {
-  const withBars = picture.frame.filter(row => row.bars);
-  const height = withBars.reduce((sum, row) => sum + row.bars!.height, 0);
-  if (height === 0) return;
-  if (!scratch || scratch.width !== picture.width || scratch.height < height)
-    scratch = new OffscreenCanvas(picture.width, height + 64);
-  const images = scratch.getContext("2d", { willReadFrequently: true })!;
+// By way of another canvas, which hands it on at the screen's resolution and over what is there.
+function drawImage(context: CanvasRenderingContext2D, picture: Picture): void {
+  const { image } = picture.frame;
+  if (!scratch || scratch.width !== image.width || scratch.height !== image.height)
+    scratch = new OffscreenCanvas(image.width, image.height);
+  scratch.getContext("2d", { willReadFrequently: true })!.putImageData(image, 0, 0);
   context.imageSmoothingEnabled = false;
-  let y = 0;
-  for (const { bars } of withBars) {
-    images.putImageData(bars!, 0, y);
-    y += bars!.height;
-  }
-  y = 0;
-  for (const { bars, index } of withBars) {
-    const { width, height: high } = bars!;
-    context.drawImage(scratch, 0, y, width, high, labelWidth, topOf(picture, index) + runsTop, width, high);
-    y += high;
-  }
+  context.drawImage(scratch, labelWidth, rulerHeight);
 }
 
 function topOf(picture: Picture, index: number): number {
@@ -94,6 +84,7 @@ function drawWait(
 ): void {
   context.fillStyle = theme().paper;
   context.fillRect(left, top, right - left, height);
+  if (right - left < leastDashed) return;
   context.strokeStyle = strong(colour, 0.3);
   context.setLineDash([2, 2]);
   context.beginPath();
@@ -133,7 +124,7 @@ function drawRow(context: CanvasRenderingContext2D, picture: Picture, row: Frame
     const task = lane.tasks[slice.task];
     const left = labelWidth + Math.max(slice.begin, 0);
     const right = labelWidth + Math.min(slice.end, picture.width);
-    const colour = task?.colour ?? 0x888888;
+    const colour = task?.colour ?? unknownColour;
     if (slice.kind === SliceKind.wait) {
       drawWait(context, colour, left, right, top, height);
       continue;
@@ -161,7 +152,7 @@ export function drawRows(context: CanvasRenderingContext2D, size: Size, picture:
   context.beginPath();
   context.rect(0, rulerHeight, labelWidth + picture.width, size.height - rulerHeight);
   context.clip();
-  for (const { index } of picture.frame) {
+  for (const { index } of picture.frame.rows) {
     const place = picture.rows[index];
     if (!place) continue;
     const y = topOf(picture, index);
@@ -172,8 +163,8 @@ export function drawRows(context: CanvasRenderingContext2D, size: Size, picture:
     context.fillStyle = place.task === null ? look.laneLine : look.line;
     context.fillRect(0, y, size.width, 1);
   }
-  drawBars(context, picture);
+  drawImage(context, picture);
   context.lineWidth = 1;
-  for (const row of picture.frame) drawRow(context, picture, row);
+  for (const row of picture.frame.rows) drawRow(context, picture, row);
   context.restore();
 }

@@ -23,6 +23,7 @@ export class Scene {
   private isAsking = false;
   private isStale = false;
   private isScheduled = false;
+  private readonly waiting: (() => void)[] = [];
   size: Size = { width: 1, height: 1 };
 
   constructor(
@@ -72,10 +73,24 @@ export class Scene {
       this.client.call("axis", { ...window, group, distance: labelDistance }),
     ]);
     const picture = { frame: decode(pixels, width), rows, lanes: recording.lanes, scrollTop, width };
-    await new Promise(requestAnimationFrame);
     this.shown = { picture, axis: axis.json, range: view, size };
     this.drawAll();
-    this.area.dataset["drawn"] = String(Number(this.area.dataset["drawn"] ?? 0) + 1); // for whoever waits for a picture
+    this.tell(view);
+    await new Promise(requestAnimationFrame);
+  }
+
+  // For whoever waits for a picture, or for that of a part.
+  private tell(view: TimeRange): void {
+    const { dataset } = this.area;
+    if (!dataset["drawn"]) performance.mark("first picture");
+    dataset["drawn"] = String(Number(dataset["drawn"] ?? 0) + 1);
+    dataset["view"] = `${view.from}-${view.to}`;
+    this.waiting.splice(0).forEach(resolve => resolve());
+  }
+
+  // The next picture.
+  drawn(): Promise<void> {
+    return new Promise(resolve => this.waiting.push(resolve));
   }
 
   private forget(): void {

@@ -19,15 +19,21 @@ function when(state: State, finding: Finding): string {
 export const findings: Panel = {
   name: "findings",
   title: "Findings",
-  watches: ["findings", "phase"],
+  watches: ["findings", "phase", "isLooking"],
   show(place, { store, actions }) {
     const state = store.now;
     if (!state.findings) {
       place.append(
         element("p", { class: "hint" }, [
-          state.phase === "ready" ? "Looking for what was late …" : "Open a recording first.",
+          state.phase !== "ready"
+            ? "Open a recording first."
+            : state.isLooking
+              ? "Looking for what was late …"
+              : "This is a long recording: looking takes a while, and the picture stands still meanwhile.",
         ]),
       );
+      if (state.phase === "ready" && !state.isLooking)
+        place.append(button("Look for what was late", () => void actions.findWhatWasLate(true)));
       return;
     }
     if (state.findings.findings.length === 0)

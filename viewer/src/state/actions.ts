@@ -1,12 +1,16 @@
 // What can be done, by whatever key, button or pointer. Each changes the state; drawing and panels follow.
 import type { Client } from "../load/client";
 import type { Finding, Found, Hit, RowOrder, Ticks } from "../worker/protocol";
-import { groupOf, labelOf, type AppStore, type TimeRange } from "./state";
+import { groupOf, labelOf, type AppStore, type State, type TimeRange } from "./state";
 import { clamped, lengthOf, lengthText, scaled, timeText } from "./time";
+
+const findingsOfLane = 50;
+const mostEntriesUnasked = 2_000_000;
 
 export class Actions {
   private rowsAsked = 0;
-  private statsAsked = 0;
+  private isAskingStats = false;
+  private statsOf: Pick<State, "recording" | "selection"> | null = null;
 
   constructor(
     private readonly store: AppStore,
@@ -16,7 +20,7 @@ export class Actions {
       ["recording", "group", "order", "hidesEmpty", "filter", "pins", "folded"],
       () => void this.updateRows(),
     );
-    store.watch(["recording", "selection"], () => void this.updateStats());
+    store.watch(["recording", "selection", "panel"], () => void this.updateStats());
   }
 
   // ---- The part that is shown ----
@@ -147,6 +151,17 @@ export class Actions {
     });
   }
 
+  // Unless `isWanted`, not in a long recording: no picture comes meanwhile.
+  async findWhatWasLate(isWanted: boolean): Promise<void> {
+    const { recording, isLooking } = this.store.now;
+    const entries = recording?.lanes.reduce((sum, lane) => sum + lane.entries, 0) ?? 0;
+    if (!recording || isLooking || (!isWanted && entries > mostEntriesUnasked)) return;
+    this.store.set({ isLooking: true });
+    const found = await this.client
+      .call("explain", { limit: findingsOfLane })
+      .finally(() => this.store.set({ isLooking: false }));
+    if (this.store.now.recording === recording) this.store.set({ findings: found.json });
+  }
   showFinding(finding: Finding): void {
     const { recording } = this.store.now;
     const lane = recording?.lanes.findIndex(lane => lane.name === finding.lane) ?? -1;
@@ -173,12 +188,18 @@ export class Actions {
     ).json;
     if (asked === this.rowsAsked) this.store.set({ rows });
   }
+  // Only while they are shown, and at most once at a time: those of a long recording take a while.
   private async updateStats(): Promise<void> {
-    const { recording, selection } = this.store.now;
-    if (!recording) return this.store.set({ stats: null });
-    const asked = ++this.statsAsked;
-    const stats = (await this.client.call("stats", selection ?? {})).json;
-    if (asked === this.statsAsked) this.store.set({ stats });
+    while (!this.isAskingStats) {
+      const { recording, selection, panel } = this.store.now;
+      if (!recording) return this.store.set({ stats: null });
+      if (panel !== "statistics" || (this.statsOf?.recording === recording && this.statsOf.selection === selection))
+        return;
+      this.statsOf = { recording, selection };
+      this.isAskingStats = true;
+      const stats = await this.client.call("stats", selection ?? {}).finally(() => (this.isAskingStats = false));
+      this.store.set({ stats: stats.json });
+    }
   }
 }
 

@@ -27,6 +27,7 @@ export interface State {
   hit: Hit | null; // below the pointer
   stats: Stats | null; // of the selection, or of all
   findings: Findings | null;
+  isLooking: boolean; // for findings
   panel: string; // the name of the panel that is open
   said: string; // for the live region
 }
@@ -54,6 +55,7 @@ export function makeStore(): AppStore {
     hit: null,
     stats: null,
     findings: null,
+    isLooking: false,
     panel: "findings",
     said: "",
   });
