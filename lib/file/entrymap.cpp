@@ -12,6 +12,16 @@ void _STLTaskLog::EntryMap::Add(const Record& record) {
   sorter_.Add(record);
 }
 
+void _STLTaskLog::EntryMap::Expect(u64 count) {
+  try {
+    if (count > SIZE_MAX) return;
+    sorter_.Expect(static_cast<std::size_t>(count));
+    log_.entries.Spare(static_cast<std::size_t>(count));
+  } catch (const std::bad_alloc&) {
+    // Then it comes bit by bit.
+  }
+}
+
 NewSeries _STLTaskLog::EntryMap::Pair() {
   first_ = last_ = log_.entries.end();
   sorter_.ForEachByTime(

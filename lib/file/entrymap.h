@@ -19,6 +19,8 @@ class _STLTaskLog::EntryMap {
   EntryMap(const EntryMap&) = delete;
   EntryMap& operator=(const EntryMap&) = delete;
 
+  // Makes room for so many records if there is any.
+  void Expect(u64 count);
   // Begins a section, of a task or (null) of testpoints or timing issues. Throws bad_alloc.
   void BeginSection(STLTask* task);
   // Adds a record of Ko type 0 to 6 to the section of a task. An id that is not 0 becomes that of the task in

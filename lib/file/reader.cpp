@@ -105,6 +105,7 @@ u32 _STLTaskLog::AppendFromFile(const char* path) {
   const Stream stream(path, "rbe");  // closed on every path out
   if (!stream.IsOpen()) return TLErrFileOpen;
   EntryMap map(*this);
+  if (!PagesMove()) map.Expect(stream.SizeBytes() / recordSize);
   u32 status = TL_OK;
   try {
     Source source(stream.File());

@@ -27,6 +27,8 @@ class RecordSorter {
   std::size_t RoomLeft() const { return records_.SpareSize(); }
   // Makes room for more records and returns how many there may be then in all; throws bad_alloc.
   std::size_t MakeRoom();
+  // Makes room for so many records; throws bad_alloc.
+  void Expect(std::size_t count) { records_.Spare(count); }
   // Adds a record to the section; throws bad_alloc.
   void Add(const Record& record);
 

@@ -25,6 +25,13 @@ class Stream {
   }
   bool IsOpen() const { return file_ != nullptr; }
   std::FILE* File() const { return file_.get(); }
+  // From here to the end; 0 where that is not known.
+  u64 SizeBytes() const {
+    if (std::fseek(file_.get(), 0, SEEK_END) != 0) return 0;
+    const long size = std::ftell(file_.get());
+    std::rewind(file_.get());
+    return size > 0 ? static_cast<u64>(size) : 0;
+  }
 
  private:
   static constexpr std::size_t bufferSize = thresholds::streamBuffer;

@@ -44,6 +44,8 @@ void* RemapPages(void* memory, std::size_t oldSize, std::size_t newSize) {
 
 void UnmapPages(void* memory, std::size_t sizeBytes) { munmap(memory, sizeBytes); }
 
+bool PagesMove() { return true; }
+
 void PreferLargePages(void* memory, std::size_t sizeBytes) {
   const std::size_t before = DistanceToLargePage(memory);
   if (sizeBytes < before + largePageSize) return;

@@ -14,6 +14,9 @@ inline constexpr std::size_t largePageSize = thresholds::largePage;  // bytes
 void* MapPages(std::size_t sizeBytes);
 void* RemapPages(void* memory, std::size_t oldSize, std::size_t newSize);
 void UnmapPages(void* memory, std::size_t sizeBytes);
+// Whether RemapPages() moves without a copy. Where it does not, whoever knows a size had better ask for it at
+// once: memory that is not used yet costs nothing, copies leave holes.
+bool PagesMove();
 
 // Asks for large pages in memory that is not used yet, wherever it comes from.
 void PreferLargePages(void* memory, std::size_t sizeBytes);

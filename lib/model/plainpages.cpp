@@ -9,4 +9,6 @@ void* RemapPages(void* memory, std::size_t, std::size_t newSize) { return std::r
 
 void UnmapPages(void* memory, std::size_t) { std::free(memory); }
 
+bool PagesMove() { return false; }
+
 void PreferLargePages(void*, std::size_t) {}

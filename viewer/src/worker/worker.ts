@@ -35,12 +35,26 @@ async function store(module: Bridge, file: FileToOpen): Promise<void> {
   stored.push(file.path);
   module.FS.truncate(file.path, file.size); // at once: a file that grows is copied again and again
   const write = (bytes: Uint8Array): void => void module.FS.write(stream, bytes, 0, bytes.length);
-  if (file.packed) unpack(module, file.packed, write);
+  if (file.packed) {
+    unpack(module, file.packed, write);
+    release(file.packed);
+  }
   if (file.bytes) {
     const reader = file.bytes.stream().getReader();
     for (let part = await reader.read(); !part.done; part = await reader.read()) write(part.value);
   }
   module.FS.close(stream);
+}
+
+function remove(module: Bridge, path: string): void {
+  const { contents } = module.FS.lookupPath(path).node;
+  module.FS.unlink(path);
+  release(contents);
+}
+
+// At once, where the browser can: it may not look for what is unused for long.
+function release(bytes: Uint8Array): void {
+  (bytes.buffer as ArrayBuffer & { transfer?(size: number): ArrayBuffer }).transfer?.(0);
 }
 
 // Line by line. docs/viewer.md, Packed files.
@@ -84,7 +98,7 @@ function textOf(module: Bridge): string {
 function call(module: Bridge, id: number, name: string, keys: string): void {
   warnings = [];
   const failed = withText(module, [name, keys], ([a, b]) => module._TaskLogCall(a!, b!)) !== 0;
-  if (name === "open") stored.splice(0).forEach(path => module.FS.unlink(path)); // all is in the module now
+  if (name === "open") stored.splice(0).forEach(path => remove(module, path)); // all is in the module now
   const text = textOf(module);
   if (failed) return send({ kind: "error", id, message: text });
   const ints = copy(module.HEAP32, module._TaskLogInts(), module._TaskLogIntCount());

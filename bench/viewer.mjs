@@ -1,0 +1,110 @@
+// Opens a page of `tasklog view` in Debian's Chromium, drawing without a graphics card, and prints one line of what it
+// takes. usage: node viewer.mjs NODE_MODULES PAGE ENTRIES NAME
+import { readFileSync } from "node:fs";
+import { createRequire } from "node:module";
+import { join, resolve } from "node:path";
+import { pathToFileURL } from "node:url";
+
+const [modules, file, entries, name] = process.argv.slice(2);
+const { chromium } = createRequire(join(resolve(modules), "x.js"))("playwright-core");
+// The picture is 1600 by 800 pixels without the toolbar and the panels at the side.
+const viewport = { width: 2030, height: 851 };
+const patience = 120_000;
+
+// Pictures as fast as they can be made, not as fast as a screen shows them.
+const launch = () =>
+  chromium.launch({
+    executablePath: "/usr/bin/chromium",
+    args: ["--no-sandbox", "--disable-gpu", "--disable-frame-rate-limit", "--disable-gpu-vsync"],
+  });
+
+// Bytes that the tab alone has in memory.
+async function memoryOf(browser) {
+  const session = await browser.newBrowserCDPSession();
+  const { processInfo } = await session.send("SystemInfo.getProcessInfo");
+  const kilobytes = processInfo
+    .filter(process => process.type === "renderer")
+    .map(({ id }) => /^Private_Dirty:\s+(\d+)/m.exec(readFileSync(`/proc/${id}/smaps_rollup`, "utf8"))[1]);
+  return Math.max(...kilobytes) * 1024;
+}
+
+async function emptyPage() {
+  const browser = await launch();
+  const page = await browser.newPage({ viewport });
+  await page.goto("about:blank");
+  await page.waitForTimeout(1000);
+  const memory = await memoryOf(browser);
+  await browser.close();
+  return memory;
+}
+
+// In the page: zooms in at one place, pans, and zooms out again, once a frame. Milliseconds of each frame, and from
+// a change of the view to its exact picture.
+async function moveAround() {
+  const { store, actions } = window.tasklog;
+  const area = document.querySelector("#area");
+  const frame = () => new Promise(requestAnimationFrame);
+  const drawnOf = () => area.dataset.view;
+  const viewOf = () => `${store.now.view.from}-${store.now.view.to}`;
+  const frames = [];
+  const pictures = [];
+  let asked = null;
+  const step = async act => {
+    const begin = performance.now();
+    act();
+    asked ??= { view: viewOf(), at: begin };
+    await frame();
+    frames.push(performance.now() - begin);
+    if (asked && drawnOf() === asked.view) pictures.push(performance.now() - asked.at);
+    if (!asked || drawnOf() !== viewOf()) asked = asked && drawnOf() !== asked.view ? asked : null;
+    else asked = null;
+  };
+  const steps = 60;
+  for (const place of [0.3, 0.7]) {
+    for (let i = 0; i < steps; ++i) await step(() => actions.zoom(0.87, place));
+    for (let i = 0; i < steps; ++i) await step(() => actions.pan(i < steps / 2 ? 0.02 : -0.03));
+    for (let i = 0; i < steps; ++i) await step(() => actions.zoom(1 / 0.87, place));
+    for (let i = 0; i < steps; ++i) await step(() => actions.pan(i < steps / 2 ? 0.02 : -0.03));
+  }
+  return { frames, pictures };
+}
+
+// From a view to its picture, one after the other.
+async function timePictures() {
+  const { store, actions } = window.tasklog;
+  const area = document.querySelector("#area");
+  const times = [];
+  for (let i = 0; i < 80; ++i) {
+    const begin = performance.now();
+    if (i % 40 < 20) actions.zoom(0.75, 0.3);
+    else if (i % 40 < 30) actions.pan(0.05);
+    else actions.zoom(1 / 0.6, 0.3);
+    const wanted = `${store.now.view.from}-${store.now.view.to}`;
+    while (area.dataset.view !== wanted) await new Promise(requestAnimationFrame);
+    times.push(performance.now() - begin);
+  }
+  return times;
+}
+
+const share = (times, part) => {
+  const sorted = [...times].sort((a, b) => a - b);
+  return sorted[Math.min(Math.floor(sorted.length * part), sorted.length - 1)].toFixed(1);
+};
+
+const empty = await emptyPage();
+const browser = await launch();
+const page = await browser.newPage({ viewport });
+await page.goto(pathToFileURL(resolve(file)).href, { timeout: patience, waitUntil: "commit" });
+await page.waitForSelector("#area[data-drawn]", { timeout: patience });
+const first = await page.evaluate(() => performance.getEntriesByName("first picture")[0].startTime);
+await page.waitForTimeout(3000); // what is no longer needed goes
+const memory = (await memoryOf(browser)) - empty;
+const moving = await page.evaluate(moveAround);
+const pictures = await page.evaluate(timePictures);
+const later = (await memoryOf(browser)) - empty;
+await browser.close();
+console.log(
+  `${name.padEnd(22)} ${(first / 1000).toFixed(2).padStart(8)} s first picture; frame p50 ${share(moving.frames, 0.5)}, ` +
+    `p95 ${share(moving.frames, 0.95)} ms; exact picture p50 ${share(pictures, 0.5)}, p95 ${share(pictures, 0.95)} ms; ` +
+    `${(memory / entries).toFixed(1)} bytes an entry, ${(later / entries).toFixed(1)} when moved`,
+);
