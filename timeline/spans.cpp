@@ -6,20 +6,38 @@ namespace timeline {
 
 void Spans::Add(Ticks begin, Ticks end, bool cutBegin, bool cutEnd) {
   if (cutBegin || cutEnd) cuts_.push_back(4 * Size() + (cutBegin ? atBegin : 0) + (cutEnd ? atEnd : 0));
-  sums_.push_back({end, TotalOfFirst(Size()) + (end - begin)});
+  const Sum sum{end, TotalOfFirst(Size()) + (end - begin)};
+  if (size_++ % blockSize == 0) {
+    blocks_.push_back({sum, {}, {}});
+    // What a task with few of them takes grows with their number.
+    if (blocks_.size() > 1) blocks_.back().wide.reserve(blockSize);
+  }
+  blocks_.back().wide.push_back(sum);
+  if (blocks_.back().wide.size() == blockSize) Narrow(blocks_.back());
+}
+
+// Where it is not too long.
+void Spans::Narrow(Block& block) {
+  const Sum& last = block.wide.back();
+  if (std::max(last.end - block.first.end, last.total - block.first.total) > UINT32_MAX) return;
+  block.narrow.reserve(block.wide.size());
+  for (const Sum& sum : block.wide)
+    block.narrow.push_back({static_cast<std::uint32_t>(sum.end - block.first.end),
+                            static_cast<std::uint32_t>(sum.total - block.first.total)});
+  block.wide = {};
 }
 
 std::size_t Spans::FirstEndingAfter(Ticks time, std::size_t hint) const {
   std::size_t low = hint;
   std::size_t step = 1;
-  while (low + step <= Size() && sums_[low + step - 1].end <= time) {
+  while (low + step <= Size() && EndOf(low + step - 1) <= time) {
     low += step;
     step *= 2;
   }
   std::size_t high = std::min(low + step, Size());
   while (low < high) {
     const std::size_t middle = low + (high - low) / 2;
-    if (sums_[middle].end <= time)
+    if (EndOf(middle) <= time)
       low = middle + 1;
     else
       high = middle;

@@ -2,7 +2,7 @@
 #pragma once
 
 #include <cstddef>
-#include <deque>
+#include <cstdint>
 #include <vector>
 
 #include "analysis/lane.h"
@@ -11,20 +11,22 @@ namespace timeline {
 
 using analysis::Ticks;
 
-// Each takes 16 bytes and keeps the sum of all until its end, so that how much of any stretch of time is
-// covered costs two searches. Memory grows in small blocks: none of it is ever moved.
+// Each keeps the sum of all until its end, so that how much of any stretch of time is covered costs two
+// searches. Memory grows in small blocks, none of which is ever moved. A block takes 8 bytes a span when it
+// is full and no longer than 32 bits of ticks, 16 otherwise.
 class Spans {
  public:
   // They come in order and do not overlap; empty ones are taken, too.
   void Add(Ticks begin, Ticks end, bool cutBegin = false, bool cutEnd = false);
 
-  std::size_t Size() const { return sums_.size(); }
+  std::size_t Size() const { return size_; }
   Ticks BeginOf(std::size_t index) const {
-    return sums_[index].end - (sums_[index].total - TotalOfFirst(index));
+    const Sum sum = At(index);
+    return sum.end - (sum.total - TotalOfFirst(index));
   }
-  Ticks EndOf(std::size_t index) const { return sums_[index].end; }
+  Ticks EndOf(std::size_t index) const { return At(index).end; }
   // Ticks of the first `count` together.
-  Ticks TotalOfFirst(std::size_t count) const { return count == 0 ? 0 : sums_[count - 1].total; }
+  Ticks TotalOfFirst(std::size_t count) const { return count == 0 ? 0 : At(count - 1).total; }
   bool IsCutAtBegin(std::size_t index) const { return IsCut(index, atBegin); }
   bool IsCutAtEnd(std::size_t index) const { return IsCut(index, atEnd); }
 
@@ -42,14 +44,34 @@ class Spans {
   static constexpr std::size_t atBegin = 1;
   static constexpr std::size_t atEnd = 2;
 
+  static constexpr std::size_t blockSize = 256;
+
   struct Sum {
     Ticks end;
     Ticks total;  // of all until this end
   };
+  struct Offset {  // from the first of the block
+    std::uint32_t end;
+    std::uint32_t total;
+  };
+  struct Block {
+    Sum first;
+    std::vector<Sum> wide;  // either this
+    std::vector<Offset> narrow;
+  };
+
+  Sum At(std::size_t index) const {
+    const Block& block = blocks_[index / blockSize];
+    if (block.narrow.empty()) return block.wide[index % blockSize];
+    const Offset& offset = block.narrow[index % blockSize];
+    return {block.first.end + offset.end, block.first.total + offset.total};
+  }
+  static void Narrow(Block& block);
   Ticks TicksBefore(Ticks time) const;
   bool IsCut(std::size_t index, std::size_t where) const;
 
-  std::deque<Sum> sums_;
+  std::vector<Block> blocks_;
+  std::size_t size_ = 0;
   std::vector<std::size_t> cuts_;  // those that are cut: 4 by the index, and where
 };
 

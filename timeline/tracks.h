@@ -30,8 +30,8 @@ struct TaskTrack {
   Marks issues;      // raised while it ran
 };
 
-// A visitor. Memory: 16 bytes a run, a job, a wait and a mark, 32 a timing issue, 8 for what is cut; in all
-// at most 56 bytes an entry, and about 4 KB a task.
+// A visitor. Memory: 8 bytes a run, a job and a wait, or 16 where they lie far apart, 16 a mark, 32 a timing
+// issue, 8 for what is cut; in all at most 56 bytes an entry, mostly some 20, and about 4 KB a task.
 class Tracks : public analysis::Visitor {
  public:
   // The lane must stay, and its logs must not change.
