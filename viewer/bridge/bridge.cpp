@@ -19,7 +19,7 @@ struct Entry {
 constexpr Entry calls[] = {
     {"open", Open},        {"rows", Rows},        {"axis", Axis},       {"pixels", Pixels},
     {"hit", HitTest},      {"details", Details},  {"step", Step},       {"search", Search},
-    {"stats", Statistics}, {"explain", Findings}, {"entries", Entries},
+    {"stats", Statistics}, {"explain", Findings}, {"entries", Entries}, {"load", Load},
 };
 
 Call Find(std::string_view name) {

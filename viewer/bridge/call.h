@@ -64,6 +64,8 @@ void Search(Recording& recording, const Request& request, Answer& answer);
 // numbers.cpp
 void Statistics(Recording& recording, const Request& request, Answer& answer);
 void Findings(Recording& recording, const Request& request, Answer& answer);
+// overview.cpp
+void Load(Recording& recording, const Request& request, Answer& answer);
 // entries.cpp
 void Entries(Recording& recording, const Request& request, Answer& answer);
 

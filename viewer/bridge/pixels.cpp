@@ -1,6 +1,7 @@
 // What the rows of a window show, for drawing. docs/viewer.md, Pixels, has the order of the numbers.
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 #include "recording.h"
 #include "timeline/colours.h"
@@ -100,7 +101,8 @@ class LanePixels {
         image_(image),
         answer_(answer),
         labels_(labels),
-        gaps_(timeline::LayerOf(lane.gaps, window)) {}
+        gaps_(timeline::LayerOf(lane.gaps, window)),
+        runs_(lane.Tracks().Tasks().size()) {}
 
   void Add(const PlacedRow& row, std::size_t index) {
     const std::size_t header = answer_.ints.size();
@@ -142,11 +144,18 @@ class LanePixels {
 
   static long Pixels(double share, int height) { return std::lround(share * height); }
 
+  // The row of the lane and that of the task show the same.
+  const Layer& RunsOf(TaskIndex task) {
+    std::optional<Layer>& layer = runs_[task];
+    if (!layer) layer = timeline::LayerOf(Track(task).runs, window_);
+    return *layer;
+  }
+
   // What each task took of a pixel stands on what those of higher priority took.
   void AddLaneRow(Bars& bars) {
     std::vector<float> levels;
     for (const TaskIndex task : lane_.byPriority) {
-      const Layer layer = timeline::LayerOf(Track(task).runs, window_);
+      const Layer& layer = RunsOf(task);
       if (layer.isEmpty) continue;
       AddSlices(layer, runSlice, task, bars, BytesOfRuns(task));
       if (task == lane_.Of().conventions.idle) continue;
@@ -173,7 +182,7 @@ class LanePixels {
               task);
     for (const timeline::Slice& slice : timeline::LayerOf(Track(task).waits, window_).slices)
       AddSlice(waitSlice, task, slice);
-    AddShares(timeline::LayerOf(Track(task).runs, window_), bars, BytesOfRuns(task), runSlice, task);
+    AddShares(RunsOf(task), bars, BytesOfRuns(task), runSlice, task);
   }
 
   void AddShares(const Layer& layer, Bars& bars, std::uint32_t bytes, SliceKind kind, TaskIndex task) {
@@ -274,6 +283,7 @@ class LanePixels {
   Answer& answer_;
   std::int32_t& labels_;
   Layer gaps_;
+  std::vector<std::optional<Layer>> runs_;  // by task
   std::int32_t slices_ = 0;
   std::int32_t marks_ = 0;
 };

@@ -78,12 +78,13 @@ void Rows(Recording& recording, const Request& request, Answer& answer) {
   answer.json.EndArray();
 }
 
-// Keys: `group`, those of a window, `distance` in pixels.
+// Keys: `group`, those of a window, `distance` in pixels; `inTicks`, not in seconds.
 void Axis(Recording& recording, const Request& request, Answer& answer) {
   const cli::PlotGroup& group = recording.GroupAt(request.Index("group"));
   const auto ticks =
       timeline::AxisOf(WindowOf(request), group.first->StartTime(),
-                       group.lanes.front()->of.lane.TicksPerSecond(), request.Number("distance"));
+                       request.Flag("inTicks") ? 0 : group.lanes.front()->of.lane.TicksPerSecond(),
+                       request.Number("distance"));
   answer.json.BeginArray();
   for (const timeline::AxisTick& tick : ticks) {
     answer.json.BeginObject();

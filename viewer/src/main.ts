@@ -1,6 +1,7 @@
 // The page: makes all parts, and opens what it carries or gets.
 import { Scene } from "./draw/scene";
 import { plotHeight } from "./draw/layout";
+import { Minimap } from "./draw/minimap";
 import { listenToKeys } from "./input/keys";
 import { Pointer } from "./input/pointer";
 import { ofChooser, ofDrop, type Chosen } from "./load/chosen";
@@ -10,7 +11,9 @@ import { makeHelp } from "./panels/help";
 import { makeNotes } from "./panels/notes";
 import { makeSidebar } from "./panels/sidebar";
 import { makeToolbar } from "./panels/toolbar";
+import { makeSearch } from "./panels/search";
 import { Actions } from "./state/actions";
+import { Link } from "./state/link";
 import { makeStore } from "./state/state";
 
 const byId = <Kind extends HTMLElement>(id: string): Kind => document.getElementById(id) as Kind;
@@ -23,17 +26,23 @@ const scene = new Scene(store, client, area, byId("rows"), byId("marks"));
 const pointer = new Pointer(area, scene, store, actions, client);
 const help = makeHelp();
 const chooser = byId<HTMLInputElement>("chooser");
-const toolbar = makeToolbar(byId("toolbar"), { store, actions, client }, () => chooser.click(), help);
+const search = makeSearch(area, { store, actions, client });
+const link = new Link(store, actions);
+actions.height = () => plotHeight(scene.size);
+makeToolbar(byId("toolbar"), { store, actions, client }, () => chooser.click(), help, search);
+new Minimap(byId("map"), store, actions, client);
 makeSidebar(byId("sidebar"), { store, actions, client });
 makeNotes(area, scene, store);
 listenToKeys({
   actions,
   pointerShare: () => pointer.share(),
   height: () => plotHeight(scene.size),
-  focusFilter: () => toolbar.focusFilter(),
+  search,
   toggleHelp: help,
 });
 client.onWarning = line => store.set({ problems: [...store.now.problems, line] });
+
+const embedded = takeRecording();
 
 async function open(what: Embedded | Chosen): Promise<void> {
   store.set({
@@ -44,6 +53,7 @@ async function open(what: Embedded | Chosen): Promise<void> {
     selection: null,
     picked: null,
     shownJob: null,
+    pinned: [],
     stats: null,
     findings: null,
   });
@@ -61,6 +71,7 @@ async function open(what: Embedded | Chosen): Promise<void> {
     });
     if (!group) return;
     actions.show({ from: BigInt(group.shownFrom), to: BigInt(group.shownTo) });
+    what === embedded ? link.read() : link.forget();
     await scene.drawn();
     await actions.findWhatWasLate(false);
   } catch (error) {
@@ -78,7 +89,6 @@ document.addEventListener("drop", event => {
   if (event.dataTransfer) void ofDrop(event.dataTransfer).then(open);
 });
 
-const embedded = takeRecording();
 if (embedded) void open(embedded);
 
 // For tests: what the page knows and can ask, no more than a reader of it could.

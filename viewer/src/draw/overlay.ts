@@ -4,6 +4,7 @@ import { lengthText, percentText } from "../state/time";
 import type { AxisTick, GroupInfo } from "../worker/protocol";
 import { MarkKind, SliceKind, type FrameRow, type Mark } from "./frame";
 import { labelWidth, marksHeight, rulerHeight, runsHeight, runsTop, type Size } from "./layout";
+import { drawPins } from "./pins";
 import type { Picture } from "./rows";
 import { css, font, theme } from "./theme";
 
@@ -50,7 +51,10 @@ export class Overlay {
       this.drawPicked();
     });
     this.drawRuler(axis, group);
-    this.clipped(labelWidth, 0, this.picture.width, () => this.drawSelection(group));
+    this.clipped(labelWidth, 0, this.picture.width, () => {
+      this.drawSelection(group);
+      drawPins(context, this.state, size, ticks => this.xOf(ticks));
+    });
   }
 
   private clipped(x: number, y: number, width: number, draw: () => void): void {

@@ -34,8 +34,8 @@ export class Scene {
     private readonly upper: HTMLCanvasElement,
   ) {
     new ResizeObserver(() => this.resize()).observe(area);
-    store.watch(["view", "rows", "scrollTop"], () => void this.refresh());
-    store.watch(["selection", "picked", "shownJob", "pins"], () => this.scheduleUpper());
+    store.watch(["view", "rows", "scrollTop", "inTicks"], () => void this.refresh());
+    store.watch(["selection", "picked", "shownJob", "pins", "pinned"], () => this.scheduleUpper());
     darkMode.addEventListener("change", () => this.drawAll());
     this.resize();
   }
@@ -63,14 +63,14 @@ export class Scene {
   }
 
   private async ask(): Promise<void> {
-    const { recording, rows, view, scrollTop, group } = this.store.now;
+    const { recording, rows, view, scrollTop, group, inTicks } = this.store.now;
     if (!recording || rows.length === 0) return this.forget();
     const size = this.size;
     const width = plotWidth(size);
     const window = { from: view.from, length: view.to - view.from, width };
     const [pixels, axis] = await Promise.all([
       this.client.call("pixels", { ...window, top: scrollTop, height: plotHeight(size) }),
-      this.client.call("axis", { ...window, group, distance: labelDistance }),
+      this.client.call("axis", { ...window, group, distance: labelDistance, inTicks }),
     ]);
     const picture = { frame: decode(pixels, width), rows, lanes: recording.lanes, scrollTop, width };
     this.shown = { picture, axis: axis.json, range: view, size };

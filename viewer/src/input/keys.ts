@@ -5,7 +5,7 @@ export interface KeyContext {
   actions: Actions;
   pointerShare(): number;
   height(): number;
-  focusFilter(): void;
+  search(): void;
   toggleHelp(): void;
 }
 interface Key {
@@ -36,7 +36,13 @@ export const keys: Key[] = [
   { keys: [","], shown: ",", help: "the run before", run: c => void c.actions.stepRun(false) },
   { keys: ["]"], shown: "]", help: "next timing issue", run: c => void c.actions.stepIssue(true) },
   { keys: ["["], shown: "[", help: "the timing issue before", run: c => void c.actions.stepIssue(false) },
-  { keys: ["/"], shown: "/", help: "filter tasks by name", run: c => c.focusFilter() },
+  { keys: ["/"], shown: "/", help: "search tasks, testpoints and timing issues", run: c => c.search() },
+  {
+    keys: ["m"],
+    shown: "M",
+    help: "mark A at the pointer, then mark B, with their distance",
+    run: c => c.actions.pin(c.pointerShare()),
+  },
   { keys: ["escape"], shown: "Esc", help: "clear selection and marks", run: c => c.actions.clear() },
   { keys: ["?"], shown: "?", help: "list the keys", run: c => c.toggleHelp() },
 ];

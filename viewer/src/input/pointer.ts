@@ -5,6 +5,7 @@ import { labelWidth, plotHeight, plotWidth, rulerHeight } from "../draw/layout";
 import type { Actions } from "../state/actions";
 import type { AppStore } from "../state/state";
 import { lengthOf, scaled } from "../state/time";
+import { Touch } from "./touch";
 import type { Hit } from "../worker/protocol";
 
 const leastDrag = 4; // pixels: less is a click
@@ -22,6 +23,7 @@ export class Pointer {
   private drag: Drag | null = null;
   private x = 0.5; // share of the width
   private hitAsked = 0;
+  private readonly touch: Touch;
 
   constructor(
     private readonly area: HTMLElement,
@@ -30,10 +32,15 @@ export class Pointer {
     private readonly actions: Actions,
     private readonly client: Client,
   ) {
+    this.touch = new Touch(area, scene, actions);
     area.addEventListener("wheel", event => this.wheel(event), { passive: false });
     area.addEventListener("pointerdown", event => this.down(event));
     area.addEventListener("pointermove", event => this.move(event));
     area.addEventListener("pointerup", event => void this.up(event));
+    area.addEventListener("pointercancel", event => {
+      this.touch.take(event);
+      this.drag = null;
+    });
     area.addEventListener("pointerleave", () => this.store.set({ pointer: null, hit: null }));
     area.addEventListener("dblclick", event => this.doubleClick(event));
   }
@@ -69,7 +76,15 @@ export class Pointer {
     if (down !== 0) this.actions.scroll(down * unit, plotHeight(this.scene.size));
   }
 
+  // A second finger ends what the first began.
+  private isGesture(event: PointerEvent): boolean {
+    if (!this.touch.take(event)) return false;
+    this.drag = null;
+    return true;
+  }
+
   private down(event: PointerEvent): void {
+    if (this.isGesture(event)) return this.store.set({ selection: null });
     const { x, y } = this.place(event);
     if (event.button > 1 || x < 0) return;
     this.area.setPointerCapture(event.pointerId);
@@ -77,6 +92,7 @@ export class Pointer {
   }
 
   private move(event: PointerEvent): void {
+    if (this.isGesture(event)) return;
     const { x, y } = this.place(event);
     this.x = this.shareOf(x);
     this.store.set({ pointer: { x, y } });
@@ -90,6 +106,7 @@ export class Pointer {
   }
 
   private async up(event: PointerEvent): Promise<void> {
+    if (this.isGesture(event)) return;
     const drag = this.drag;
     this.drag = null;
     const { x, y } = this.place(event);

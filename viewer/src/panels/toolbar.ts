@@ -12,16 +12,13 @@ const orders: [RowOrder, string][] = [
   ["first", "By first run"],
 ];
 
-export interface Toolbar {
-  focusFilter(): void;
-}
-
 export function makeToolbar(
   place: HTMLElement,
   { store, actions }: PanelContext,
   openFiles: () => void,
   help: () => void,
-): Toolbar {
+  search: () => void,
+): void {
   const title = element("strong", { class: "title" });
   const shown = element("span", { class: "faint shown" });
   const groups = element("select", { "aria-label": "Which lanes" });
@@ -34,7 +31,7 @@ export function makeToolbar(
   order.addEventListener("change", () => actions.setOrder(order.value as RowOrder));
   const filter = element("input", {
     type: "search",
-    placeholder: "Filter tasks ( / )",
+    placeholder: "Filter tasks",
     "aria-label": "Filter tasks by name",
   });
   filter.addEventListener("input", () => actions.setFilter(filter.value));
@@ -43,6 +40,17 @@ export function makeToolbar(
   });
   const empty = element("input", { type: "checkbox" });
   empty.addEventListener("change", () => actions.setHidesEmpty(!empty.checked));
+  const unit = element("select", { "aria-label": "Unit of times" }, [
+    element("option", { value: "seconds" }, ["Seconds"]),
+    element("option", { value: "ticks" }, ["Ticks"]),
+  ]);
+  unit.addEventListener("change", () => actions.setInTicks(unit.value === "ticks"));
+  store.watch(["order", "filter", "hidesEmpty", "inTicks"], () => {
+    order.value = store.now.order;
+    if (filter.value !== store.now.filter) filter.value = store.now.filter;
+    empty.checked = !store.now.hidesEmpty;
+    unit.value = store.now.inTicks ? "ticks" : "seconds";
+  });
   place.append(
     title,
     groups,
@@ -50,7 +58,9 @@ export function makeToolbar(
     element("span", { class: "spring" }),
     filter,
     order,
+    unit,
     element("label", {}, [empty, " Empty rows"]),
+    button("Search", search, { title: "Search tasks, testpoints and timing issues ( / )" }),
     button("All", () => actions.showAll(), { title: "Show all (0)" }),
     button("Open …", openFiles),
     button("?", help, { "aria-label": "Keys" }),
@@ -72,12 +82,11 @@ export function makeToolbar(
     groups.value = `${group}`;
     groups.hidden = (recording?.groups.length ?? 0) < 2;
   });
-  store.watch(["view", "recording", "group"], () => {
+  store.watch(["view", "recording", "group", "inTicks"], () => {
     const group = groupOf(store.now);
     const { view } = store.now;
     shown.textContent = group
       ? `${timeText(view.from, group)} to ${timeText(view.to, group)}, ${lengthText(lengthOf(view), group.ticksPerSecond)}`
       : "";
   });
-  return { focusFilter: () => filter.focus() };
 }

@@ -1,6 +1,6 @@
 // What can be done, by whatever key, button or pointer. Each changes the state; drawing and panels follow.
 import type { Client } from "../load/client";
-import type { Finding, Found, Hit, RowOrder, Ticks } from "../worker/protocol";
+import type { Finding, Found, Hit, Calls, Match, Row, RowOrder, Ticks } from "../worker/protocol";
 import { groupOf, labelOf, type AppStore, type State, type TimeRange } from "./state";
 import { clamped, lengthOf, lengthText, scaled, timeText } from "./time";
 
@@ -9,6 +9,7 @@ const mostEntriesUnasked = 2_000_000;
 
 export class Actions {
   private rowsAsked = 0;
+  height: () => number = () => 600; // of the picture without its ruler, pixels
   private isAskingStats = false;
   private statsOf: Pick<State, "recording" | "selection"> | null = null;
 
@@ -110,7 +111,24 @@ export class Actions {
     this.store.set({ picked: hit, ...(hit ? { said: hit.title } : {}), ...(isSpan ? { panel: "details" } : {}) });
   }
   clear(): void {
-    this.store.set({ selection: null, picked: null, shownJob: null, hit: null });
+    this.store.set({ selection: null, picked: null, shownJob: null, hit: null, pinned: [] });
+  }
+  // Mark A, then B, then A anew. `at` is a share of the width.
+  pin(at: number): void {
+    const { view, pinned } = this.store.now;
+    const group = groupOf(this.store.now);
+    if (!group) return;
+    const time = view.from + scaled(lengthOf(view), at);
+    const next = pinned.length === 1 ? [...pinned, time] : [time];
+    const [a, b] = next;
+    const distance = b === undefined ? "" : `, ${lengthText(b > a! ? b - a! : a! - b, group.ticksPerSecond)} from A`;
+    this.store.set({
+      pinned: next,
+      said: `Mark ${b === undefined ? "A" : "B"} at ${timeText(time, group)}${distance}`,
+    });
+  }
+  setInTicks(inTicks: boolean): void {
+    this.store.set({ inTicks });
   }
   openPanel(panel: string): void {
     this.store.set({ panel });
@@ -135,10 +153,44 @@ export class Actions {
     const found = (await this.client.call("step", keys)).json;
     if (found) this.arrive(found, picked.task);
   }
+  // The next run of a task, or the next place of a testpoint or timing issue; behind the last comes the first.
+  async goTo(match: Match, forward: boolean): Promise<void> {
+    const of = this.store.now.recording?.lanes[match.lane];
+    if (!of) return;
+    if (of.group !== this.store.now.group) this.showGroup(of.group);
+    const task = match.kind === "task" ? match.subject : null;
+    await this.showRow(match.lane, task);
+    const { picked, view, group } = this.store.now;
+    const isSame = picked?.lane === match.lane && (task === null ? picked.subject : picked.task) === match.subject;
+    const { from, to } = groupOf(this.store.now)!;
+    const here = isSame ? BigInt(picked.from) : forward ? view.from : view.to;
+    const subject = task === null ? { subject: match.subject } : { task };
+    const keys = { group, kind: task === null ? match.kind : "run", forward, lane: match.lane, ...subject } as const;
+    for (const at of [here, forward ? before(BigInt(from)) : BigInt(to) + 1n]) {
+      const found = (await this.client.call("step", { ...keys, at } as Calls["step"]["keys"])).json;
+      if (found) return this.arrive(found, task);
+    }
+    this.store.set({ said: `${match.name} occurs nowhere` });
+  }
+  private async showRow(lane: number, task: number | null): Promise<void> {
+    const find = (): Row | undefined => this.store.now.rows.find(row => row.lane === lane && row.task === task);
+    if (!find()) {
+      const folded = this.store.now.folded.filter(one => one !== `${lane}`);
+      this.store.set({ filter: "", folded, ...(task === null ? {} : { hidesEmpty: false }) });
+      await this.updateRows();
+    }
+    const row = find();
+    const { scrollTop } = this.store.now;
+    const height = this.height();
+    if (row && (row.top < scrollTop || row.top + row.height > scrollTop + height))
+      this.scroll(row.top - height / 2 - scrollTop, height);
+  }
+
   private arrive(found: Found, task: number | null): void {
     const row = this.store.now.rows.findIndex(row => row.lane === found.lane && row.task === task);
     const isMark = task === null;
-    const title = isMark ? `timing issue ${labelOf(this.store.now, found.lane, found.subject)}` : "";
+    const kind = found.kind === "issue" ? "timing issue" : found.kind;
+    const title = isMark ? `${kind} ${labelOf(this.store.now, found.lane, found.subject)}` : "";
     this.reveal({ from: BigInt(found.from), to: BigInt(found.to) });
     this.pick({
       ...found,
@@ -202,6 +254,8 @@ export class Actions {
     }
   }
 }
+
+const before = (ticks: Ticks): Ticks => (ticks > 0n ? ticks - 1n : 0n);
 
 function toggled(list: string[], item: string): string[] {
   return list.includes(item) ? list.filter(other => other !== item) : [...list, item];

@@ -28,6 +28,8 @@ export interface State {
   stats: Stats | null; // of the selection, or of all
   findings: Findings | null;
   isLooking: boolean; // for findings
+  pinned: Ticks[]; // marks A and B
+  inTicks: boolean; // times, not in seconds
   panel: string; // the name of the panel that is open
   said: string; // for the live region
 }
@@ -56,13 +58,17 @@ export function makeStore(): AppStore {
     stats: null,
     findings: null,
     isLooking: false,
+    pinned: [],
+    inTicks: false,
     panel: "findings",
     said: "",
   });
 }
 
+// Without a rate where times are ticks.
 export function groupOf(state: State): GroupInfo | null {
-  return state.recording?.groups[state.group] ?? null;
+  const group = state.recording?.groups[state.group] ?? null;
+  return group && state.inTicks ? { ...group, ticksPerSecond: 0 } : group;
 }
 
 // Of a task, testpoint or timing issue.

@@ -178,8 +178,9 @@ export interface Calls {
     };
     answer: Row[];
   };
-  axis: { keys: WindowKeys & { group: number; distance: number }; answer: AxisTick[] };
+  axis: { keys: WindowKeys & { group: number; distance: number; inTicks: boolean }; answer: AxisTick[] };
   pixels: { keys: WindowKeys & { top: number; height: number }; answer: string[] };
+  load: { keys: WindowKeys & { group: number }; answer: null };
   hit: { keys: WindowKeys & { x: number; y: number }; answer: Hit | null };
   details: { keys: { lane: number; task: number; kind: SpanKind; index: number }; answer: DetailsOfSpan };
   step: {
