@@ -1,11 +1,11 @@
-// Opens a page of `tasklog view` in Debian's Chromium, drawing without a graphics card, and prints one line of what it
-// takes. usage: node viewer.mjs NODE_MODULES PAGE ENTRIES NAME
+// Opens a page of `tasklog view` in Debian's Chromium, drawing without a graphics card, and prints what it takes.
+// usage: node viewer.mjs NODE_MODULES PAGE ENTRIES
 import { readFileSync } from "node:fs";
 import { createRequire } from "node:module";
 import { join, resolve } from "node:path";
 import { pathToFileURL } from "node:url";
 
-const [modules, file, entries, name] = process.argv.slice(2);
+const [modules, file, entries] = process.argv.slice(2);
 const { chromium } = createRequire(join(resolve(modules), "x.js"))("playwright-core");
 // The picture is 1600 by 800 pixels without the toolbar and the panels at the side.
 const viewport = { width: 2030, height: 851 };
@@ -38,35 +38,27 @@ async function emptyPage() {
   return memory;
 }
 
-// In the page: zooms in at one place, pans, and zooms out again, once a frame. Milliseconds of each frame, and from
-// a change of the view to its exact picture.
+// In the page: zooms in, pans, and zooms out again, once a frame. Milliseconds from frame to frame, and how many of
+// them brought a new picture.
 async function moveAround() {
-  const { store, actions } = window.tasklog;
-  const area = document.querySelector("#area");
-  const frame = () => new Promise(requestAnimationFrame);
-  const drawnOf = () => area.dataset.view;
-  const viewOf = () => `${store.now.view.from}-${store.now.view.to}`;
+  const { actions } = window.tasklog;
+  const { dataset } = document.querySelector("#area");
+  const first = Number(dataset.drawn);
   const frames = [];
-  const pictures = [];
-  let asked = null;
+  let last = await new Promise(requestAnimationFrame);
   const step = async act => {
-    const begin = performance.now();
     act();
-    asked ??= { view: viewOf(), at: begin };
-    await frame();
-    frames.push(performance.now() - begin);
-    if (asked && drawnOf() === asked.view) pictures.push(performance.now() - asked.at);
-    if (!asked || drawnOf() !== viewOf()) asked = asked && drawnOf() !== asked.view ? asked : null;
-    else asked = null;
+    const now = await new Promise(requestAnimationFrame);
+    frames.push(now - last);
+    last = now;
   };
-  const steps = 60;
   for (const place of [0.3, 0.7]) {
-    for (let i = 0; i < steps; ++i) await step(() => actions.zoom(0.87, place));
-    for (let i = 0; i < steps; ++i) await step(() => actions.pan(i < steps / 2 ? 0.02 : -0.03));
-    for (let i = 0; i < steps; ++i) await step(() => actions.zoom(1 / 0.87, place));
-    for (let i = 0; i < steps; ++i) await step(() => actions.pan(i < steps / 2 ? 0.02 : -0.03));
+    for (let i = 0; i < 60; ++i) await step(() => actions.zoom(0.87, place));
+    for (let i = 0; i < 60; ++i) await step(() => actions.pan(i < 30 ? 0.02 : -0.03));
+    for (let i = 0; i < 60; ++i) await step(() => actions.zoom(1 / 0.87, place));
+    for (let i = 0; i < 60; ++i) await step(() => actions.pan(i < 30 ? 0.02 : -0.03));
   }
-  return { frames, pictures };
+  return { frames, pictures: Number(dataset.drawn) - first };
 }
 
 // From a view to its picture, one after the other.
@@ -99,12 +91,12 @@ await page.waitForSelector("#area[data-drawn]", { timeout: patience });
 const first = await page.evaluate(() => performance.getEntriesByName("first picture")[0].startTime);
 await page.waitForTimeout(3000); // what is no longer needed goes
 const memory = (await memoryOf(browser)) - empty;
+await page.waitForFunction(() => !window.tasklog.store.now.isLooking, null, { timeout: patience });
 const moving = await page.evaluate(moveAround);
 const pictures = await page.evaluate(timePictures);
 const later = (await memoryOf(browser)) - empty;
 await browser.close();
-console.log(
-  `${name.padEnd(22)} ${(first / 1000).toFixed(2).padStart(8)} s first picture; frame p50 ${share(moving.frames, 0.5)}, ` +
-    `p95 ${share(moving.frames, 0.95)} ms; exact picture p50 ${share(pictures, 0.5)}, p95 ${share(pictures, 0.95)} ms; ` +
-    `${(memory / entries).toFixed(1)} bytes an entry, ${(later / entries).toFixed(1)} when moved`,
-);
+console.log(`  first picture    ${(first / 1000).toFixed(2)} s
+  frame            p50 ${share(moving.frames, 0.5)} ms, p95 ${share(moving.frames, 0.95)} ms; ${moving.pictures} new pictures in ${moving.frames.length} frames
+  picture of a view p50 ${share(pictures, 0.5)} ms, p95 ${share(pictures, 0.95)} ms, from the key to the picture
+  memory of the tab ${(memory / entries).toFixed(1)} bytes an entry, ${(later / entries).toFixed(1)} behind ${moving.pictures + pictures.length} pictures`);

@@ -3,7 +3,7 @@ import type { Client } from "../load/client";
 import { groupOf, type AppStore } from "../state/state";
 import { lengthOf, scaled } from "../state/time";
 import type { Actions } from "../state/actions";
-import { labelWidth } from "./layout";
+import { labelWidth, plotWidth, type Size } from "./layout";
 import { darkMode, font, theme } from "./theme";
 
 const [hasGap, hasIssue] = [1, 2];
@@ -12,6 +12,8 @@ const leastFrame = 6; // pixels
 export class Minimap {
   private readonly still = new OffscreenCanvas(1, 1); // the strip without the part that is shown
   private asked = 0;
+  private size: Size = { width: 1, height: 0 }; // asking the canvas each time would lay out the page anew
+  private drawn = ""; // the frame that is there
 
   constructor(
     private readonly canvas: HTMLCanvasElement,
@@ -19,7 +21,10 @@ export class Minimap {
     private readonly actions: Actions,
     private readonly client: Client,
   ) {
-    new ResizeObserver(() => void this.refresh()).observe(canvas);
+    new ResizeObserver(([entry]) => {
+      this.size = { width: entry!.contentRect.width, height: entry!.contentRect.height };
+      void this.refresh();
+    }).observe(canvas);
     store.watch(["rows"], () => void this.refresh());
     store.watch(["view"], () => this.draw());
     darkMode.addEventListener("change", () => void this.refresh());
@@ -33,7 +38,7 @@ export class Minimap {
   }
 
   private get width(): number {
-    return Math.max(1, Math.floor(this.canvas.clientWidth - labelWidth));
+    return plotWidth(this.size);
   }
 
   // What lies at the pointer comes to the middle.
@@ -51,28 +56,29 @@ export class Minimap {
     const group = groupOf(this.store.now);
     const { canvas, width } = this;
     canvas.hidden = !group;
-    if (!recording || !group || canvas.clientHeight === 0) return;
+    if (!recording || !group || this.size.height === 0) return;
     const asked = ++this.asked;
     const from = BigInt(group.from);
     const load = await this.client.call("load", { group: index, from, length: BigInt(group.to) - from, width });
     if (asked !== this.asked) return;
     for (const one of [canvas, this.still]) {
-      one.width = Math.round(canvas.clientWidth * devicePixelRatio);
-      one.height = Math.round(canvas.clientHeight * devicePixelRatio);
+      one.width = Math.round(this.size.width * devicePixelRatio);
+      one.height = Math.round(this.size.height * devicePixelRatio);
     }
     this.drawStill(load.floats, load.ints);
+    this.drawn = "";
     this.draw();
   }
 
   private drawStill(busy: Float32Array, notable: Int32Array): void {
     const context = this.still.getContext("2d")!;
     const look = theme();
-    const height = this.canvas.clientHeight;
+    const { width, height } = this.size;
     context.setTransform(devicePixelRatio, 0, 0, devicePixelRatio, 0, 0);
     context.fillStyle = look.laneBand;
-    context.fillRect(0, 0, this.canvas.clientWidth, height);
+    context.fillRect(0, 0, width, height);
     context.fillStyle = look.laneLine;
-    context.fillRect(0, 0, this.canvas.clientWidth, 1);
+    context.fillRect(0, 0, width, 1);
     context.font = font(11.5);
     context.textBaseline = "middle";
     context.fillStyle = look.faint;
@@ -99,16 +105,19 @@ export class Minimap {
     const begin = (Number(view.from - BigInt(group.from)) / all) * width;
     const length = Math.max((Number(lengthOf(view)) / all) * width, leastFrame);
     const left = labelWidth + Math.min(begin, width - length);
+    const frame = `${Math.round(2 * left)} ${Math.round(2 * length)}`;
+    if (this.drawn === frame) return;
+    this.drawn = frame;
     context.setTransform(1, 0, 0, 1, 0, 0);
     context.drawImage(this.still, 0, 0);
     context.setTransform(devicePixelRatio, 0, 0, devicePixelRatio, 0, 0);
     context.fillStyle = look.paper;
     context.globalAlpha = 0.6;
-    context.fillRect(labelWidth, 1, left - labelWidth, canvas.clientHeight);
-    context.fillRect(left + length, 1, labelWidth + width - left - length, canvas.clientHeight);
+    context.fillRect(labelWidth, 1, left - labelWidth, this.size.height);
+    context.fillRect(left + length, 1, labelWidth + width - left - length, this.size.height);
     context.globalAlpha = 1;
     context.strokeStyle = look.selectionEdge;
     context.lineWidth = 2;
-    context.strokeRect(left + 1, 2, Math.max(length - 2, 1), canvas.clientHeight - 3);
+    context.strokeRect(left + 1, 2, Math.max(length - 2, 1), this.size.height - 3);
   }
 }

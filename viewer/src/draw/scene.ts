@@ -7,7 +7,7 @@ import { decode } from "./frame";
 import { plotHeight, plotWidth, type Size } from "./layout";
 import { Overlay } from "./overlay";
 import { drawRows, type Picture } from "./rows";
-import { darkMode } from "./theme";
+import { darkMode, theme } from "./theme";
 
 interface Shown {
   picture: Picture;
@@ -20,6 +20,8 @@ const labelDistance = 96; // pixels between times of the ruler, at least
 
 export class Scene {
   private shown: Shown | null = null;
+  private next: Shown | null = null;
+  private isNextScheduled = false;
   private isAsking = false;
   private isStale = false;
   private isScheduled = false;
@@ -73,10 +75,22 @@ export class Scene {
       this.client.call("axis", { ...window, group, distance: labelDistance, inTicks }),
     ]);
     const picture = { frame: decode(pixels, width), rows, lanes: recording.lanes, scrollTop, width };
-    this.shown = { picture, axis: axis.json, range: view, size };
-    this.drawAll();
-    this.tell(view);
-    await new Promise(requestAnimationFrame);
+    this.next = { picture, axis: axis.json, range: view, size };
+    this.scheduleNext();
+  }
+
+  // The worker goes on with the picture behind it meanwhile.
+  private scheduleNext(): void {
+    if (this.isNextScheduled) return;
+    this.isNextScheduled = true;
+    requestAnimationFrame(() => {
+      this.isNextScheduled = false;
+      if (!this.next) return;
+      this.shown = this.next;
+      this.next = null;
+      this.drawAll();
+      this.tell(this.shown.range);
+    });
   }
 
   // For whoever waits for a picture, or for that of a part.
@@ -94,12 +108,12 @@ export class Scene {
   }
 
   private forget(): void {
-    this.shown = null;
+    this.shown = this.next = null;
     this.drawAll();
   }
 
   private context(canvas: HTMLCanvasElement): CanvasRenderingContext2D {
-    const context = canvas.getContext("2d")!;
+    const context = canvas.getContext("2d", { alpha: canvas === this.upper })!; // the lower one hides what is behind it
     context.setTransform(devicePixelRatio, 0, 0, devicePixelRatio, 0, 0);
     return context;
   }
@@ -107,7 +121,7 @@ export class Scene {
   private drawAll(): void {
     const lower = this.context(this.lower);
     if (this.shown) drawRows(lower, this.size, this.shown.picture);
-    else lower.clearRect(0, 0, this.size.width, this.size.height);
+    else clear(lower, this.size);
     this.drawUpper();
   }
 
@@ -126,4 +140,9 @@ export class Scene {
       new Overlay(upper, this.size, this.store.now, this.shown.picture, this.shown.range).draw(this.shown.axis);
     else upper.clearRect(0, 0, this.size.width, this.size.height);
   }
+}
+
+function clear(context: CanvasRenderingContext2D, size: Size): void {
+  context.fillStyle = theme().paper;
+  context.fillRect(0, 0, size.width, size.height);
 }
