@@ -1,8 +1,10 @@
 // What the rows of a window show, for drawing. docs/viewer.md, Pixels, has the order of the numbers.
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <optional>
 
+#include "image.h"
 #include "recording.h"
 #include "timeline/colours.h"
 #include "timeline/hittest.h"
@@ -32,63 +34,8 @@ constexpr double leastDrawn = 4;   // of a slice that the page draws; narrower o
 constexpr std::uint32_t denseDistance =
     50;  // pixels between the marks of a row: closer ones are part of it too
 constexpr Rgb denseMarks = 0x87919E;
+constexpr Rgb denseIssues = 0xE03C3C;
 constexpr std::uint32_t denseOpacity = 190;
-
-constexpr std::uint32_t BytesOf(Rgb colour, std::uint32_t opacity) {
-  return (colour >> 16 & 0xFF) | (colour & 0xFF00) | (colour & 0xFF) << 16 | opacity << 24;
-}
-
-// The image of the rows that are seen: all that would be too much to draw one by one.
-class Image {
- public:
-  Image(Answer& answer, std::uint32_t width, double top, double height)
-      : pixels_(answer.pixels),
-        width_(width),
-        top_(std::lround(top)),
-        height_(std::lround(std::ceil(height))) {
-    pixels_.assign(std::size_t{width_} * static_cast<std::size_t>(height_), 0);
-  }
-
-  // A part of a column; `y` counts from the top of all rows.
-  void Fill(std::size_t x, long y, long height, std::uint32_t bytes) {
-    const long end = std::min(y + height - top_, height_);
-    for (y = std::max(y - top_, 0L); y < end; ++y) pixels_[static_cast<std::size_t>(y) * width_ + x] = bytes;
-  }
-  void Fill(long x, long end, long y, long height, std::uint32_t bytes) {
-    for (x = std::max(x, 0L); x < std::min(end, static_cast<long>(width_)); ++x)
-      Fill(static_cast<std::size_t>(x), y, height, bytes);
-  }
-
- private:
-  std::vector<std::uint32_t>& pixels_;
-  std::uint32_t width_;
-  long top_;
-  long height_;
-};
-
-// The bars of a row.
-class Bars {
- public:
-  Bars(Image& image, const PlacedRow& row)
-      : image_(image), top_(row.top + timeline::runsTop), height_(timeline::RunsHeightOf(row)) {}
-
-  // From `level`, counted from below.
-  void Add(std::size_t x, long level, long height, std::uint32_t bytes) {
-    const long high = std::min<long>(height, height_ - level);
-    if (high > 0) image_.Fill(x, top_ + height_ - level - high, high, bytes);
-  }
-  // All of it between two places, to whole pixels and at least one.
-  void AddWhole(double begin, double end, std::uint32_t bytes) {
-    const long left = std::lround(begin);
-    image_.Fill(left, std::max(std::lround(end), left + 1), top_, height_, bytes);
-  }
-  int Height() const { return height_; }
-
- private:
-  Image& image_;
-  long top_;
-  int height_;
-};
 
 // Writes the rows of one lane, whose runs are looked up once.
 class LanePixels {
@@ -255,16 +202,20 @@ class LanePixels {
 
   void Add(const PlacedRow& row, const timeline::Marks& marks, std::uint32_t cellWidth, MarkKind kind) {
     const auto cells = timeline::CellsOf(marks, window_, cellWidth);
-    const bool isDense = kind != issueMark && cells.size() > window_.Width() / denseDistance;
+    const bool isDense = cells.size() > window_.Width() / denseDistance;
     for (const timeline::MarkCell& cell : cells) isDense ? Paint(row, cell, kind) : Add(marks, cell, kind);
   }
 
-  // A line, or a small triangle that points to the row.
+  // A line, a flag, or a small triangle that points to the row.
   void Paint(const PlacedRow& row, const timeline::MarkCell& cell, MarkKind kind) {
     const long x = std::lround(cell.x);
-    const std::uint32_t bytes = BytesOf(denseMarks, denseOpacity);
-    if (kind == testpointMark) return image_.Fill(x, x + 1, row.top + 2, timeline::marksHeight - 2, bytes);
-    for (long y = 0; y < 3; ++y) image_.Fill(x - 2 + y, x + 3 - y, row.top + 4 + 2 * y, 2, bytes);
+    const std::uint32_t bytes =
+        kind == issueMark ? BytesOf(denseIssues, opaque) : BytesOf(denseMarks, denseOpacity);
+    if (kind != eventMark) image_.Fill(x, x + 1, row.top + 2, timeline::marksHeight - 2, bytes);
+    if (kind == issueMark)
+      for (long y = 0; y < 5; ++y) image_.Fill(x, x + 7 - 3 * std::abs(y - 2), row.top + 1 + y, 1, bytes);
+    if (kind == eventMark)
+      for (long y = 0; y < 3; ++y) image_.Fill(x - 2 + y, x + 3 - y, row.top + 4 + 2 * y, 2, bytes);
   }
 
   void Add(const timeline::Marks& marks, const timeline::MarkCell& cell, MarkKind kind) {
