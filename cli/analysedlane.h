@@ -37,7 +37,7 @@ void DeclareConventions(CLI::App& app, AnalysisOptions& options);
 // A lane with all that is needed to walk it.
 struct AnalysedLane {
   Lane source;
-  std::unique_ptr<const LaneLog> loaded;  // `lane` borrows its log
+  std::shared_ptr<const LaneLog> loaded;  // `lane` borrows its log
   analysis::Lane lane;
   analysis::Conventions conventions;
   TimeFormat time;
@@ -57,6 +57,8 @@ class LaneLoader {
 
   // Throws Failure: what cannot be read, and a file of several loggers.
   AnalysedLane Load(const Lane& source);
+  // The same of a lane that is loaded.
+  AnalysedLane Of(const Lane& source, std::shared_ptr<const LaneLog> loaded);
   // After the last lane. Throws Failure when no lane has the task that --idle names.
   void Finish() const;
 
