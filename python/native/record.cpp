@@ -95,6 +95,9 @@ std::vector<Lane> RecordAll(const RecordRequest& request, const AnalysisOptions&
   if (request.start) cli::StartLoggers(request.target, loggers, request.trigger);
   ReadUntilDone(sources, request, check);
   metadata->endedAt = cli::NowUtc();
+  const auto isEmpty = [](const Source& source) { return source.loaded->log.EntriesCount() == 0; };
+  if (std::all_of(sources.begin(), sources.end(), isEmpty))
+    cli::PrintWarning("no records were read; is the logger running? (start=True starts it)");
   std::vector<Lane> lanes;
   for (Source& source : sources) {
     source.notes.ticksPerSecond = source.loaded->log.TicksPerSecond();

@@ -40,7 +40,8 @@ class Log:
     entry until it is garbage or :meth:`close` is called, also by ``with``. What its methods returned stays.
 
     Attributes: ``name`` of the lane, ``path`` as messages call it, ``start`` and ``stop`` in ticks,
-    ``ticks_per_second`` (0: unknown), ``coverage`` (0 to 1, the share outside gaps), ``subjects``.
+    ``ticks_per_second`` (0: unknown), ``coverage`` (0 to 1, the share outside gaps), ``subjects`` and their
+    ``names``, by number.
     """
 
     def __init__(self, lane: _native.Lane) -> None:
@@ -56,6 +57,7 @@ class Log:
             Subject(name, KINDS[kind], number, priority, time_slice)
             for name, kind, number, priority, time_slice in lane.subjects()
         )
+        self.names = tuple(subject.name for subject in self.subjects)
         self._frame = Frame(lane.origin, self.ticks_per_second, self.subjects)
 
     def __repr__(self) -> str:
@@ -90,9 +92,9 @@ class Log:
         >>> entries = log.entries()
         >>> entries["time"].dtype
         dtype('uint64')
-        >>> issue = entries[entries["type"] == 7][0]
-        >>> log.subjects[issue["subject"]].name, log.subjects[issue["running"]].name
-        ('OVRN', 'Watchdog')
+        >>> passed = entries[entries["type"] == 6][0]
+        >>> log.subjects[passed["subject"]].kind, log.subjects[passed["running"]].kind
+        ('testpoint', 'task')
         """
         lane = self._open()
         known = self._entries() if self._entries else None
@@ -107,9 +109,8 @@ class Log:
         ``begin`` and ``end`` in ticks, ``cut_begin`` and ``cut_end``.
 
         >>> runs = log.runs()
-        >>> whole = runs.where(~runs["cut_begin"] & ~runs["cut_end"])
-        >>> len(runs) - len(whole)
-        2
+        >>> int(runs["begin"][0]) == log.start, int(runs["end"][-1]) == log.stop
+        (True, True)
         """
         return Table(self._open().runs(), _RUNS, self._frame)
 
