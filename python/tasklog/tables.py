@@ -83,7 +83,7 @@ class Table:
     is a ``numpy.ma`` array whose mask says where. A column of tasks holds numbers: ``table.names[number]`` is
     the name and -1 stands for nobody. Arrays own their memory: they outlive the log, and may be changed.
 
-    Iteration gives named tuples, one row after the other; columns are a hundred times faster.
+    Iteration gives named tuples, one row after the other; columns are a thousand times faster.
     """
 
     def __init__(self, columns: Mapping[str, Array], kinds: Mapping[str, str], frame: Frame) -> None:
@@ -159,15 +159,16 @@ class Table:
 class Entries(np.ndarray[Any, Any]):
     """Entries of a log, in the order of time: a structured array.
 
-    ======== ======= ===============================================================================
-    field    dtype   what it holds
-    ======== ======= ===============================================================================
-    time     uint64  ticks
-    type     uint32  0, 1, 3, 4, 5: a switch; 2: an event; 6: a testpoint; 7: a timing issue
-    subject  int32   what the entry is about: a number for ``names``; -1: nothing
-    running  int32   the task that ran until then (switches) or was running; -1: nobody is known
-    ======== ======= ===============================================================================
+    ======== ======== ==============================================================================
+    field    dtype    what it holds
+    ======== ======== ==============================================================================
+    time     uint64   ticks
+    type     uint16   0, 1, 3, 4, 5: a switch; 2: an event; 6: a testpoint; 7: a timing issue
+    subject  int16    what the entry is about: a number for ``names``; -1: nothing
+    running  int16    the task that ran until then (switches) or was running; -1: nobody is known
+    ======== ======== ==============================================================================
 
+    ``subject`` and ``running`` are int32 where the log has more than 32,767 names.
     A field of it is a plain array that shares its memory. The array owns its memory: it outlives the log.
     """
 
