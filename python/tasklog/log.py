@@ -188,8 +188,9 @@ class Log:
 
         ``over`` is a length such as ``"2ms"``, ``against`` a good log that says what is normal.
 
-        >>> for finding in log.explain(limit=1):
-        ...     print(finding["root"]["kind"])
+        >>> for finding in log.explain(task="Interpolator", over="700us", limit=1):
+        ...     print(finding["verdict"])
+        Interpolator ...
         """
         good = None if against is None else against._open()
         text = self._open().explain_json(task, _time(at), issue, over, limit, good)
