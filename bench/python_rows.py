@@ -59,7 +59,7 @@ def measure(path):
 def peak(path, code):
     """Peak memory of a fresh process, in MB."""
     program = f"import tasklog, re\nlog = tasklog.read({path!r}, switches={MEANINGS!r})\nkept = [log]\n"
-    program += f"{code}\nprint(re.search('VmHWM: *([0-9]+)', open('/proc/self/status').read())[1])"
+    program += f"{code}\nprint(re.search('VmHWM:[^0-9]*([0-9]+)', open('/proc/self/status').read())[1])"
     return float(subprocess.run([sys.executable, "-c", program], capture_output=True, check=True).stdout) / 1024
 
 

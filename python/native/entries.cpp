@@ -32,36 +32,16 @@ std::uint64_t MostEntriesOf(const Part& part) {
   return part.log->EntriesCount({.from = part.from, .to = part.to});
 }
 
-// The subject before is often the subject again: of a switch, the task that ran.
-template <class Number>
-class Numbers {
- public:
-  explicit Numbers(const analysis::Subjects& subjects) : subjects_(subjects) {}
-  Number Of(TLCategory category) {
-    if (category != known_) {
-      known_ = category;
-      number_ = static_cast<Number>(subjects_.Find(category));  // none is all bits: -1
-    }
-    return number_;
-  }
-
- private:
-  const analysis::Subjects& subjects_;
-  TLCategory known_ = nullptr;
-  Number number_ = -1;
-};
-
 // Returns where the rows end. The library applies no bound outside the log's period.
 template <class Number>
 Row<Number>* Fill(const analysis::Subjects& names, const Part& part, Row<Number>* row) {
-  Numbers<Number> subjects(names);
-  Numbers<Number> running(names);
+  const auto numberOf = [&](const tasklog::Entry& entry, std::uint32_t slot) {
+    return static_cast<Number>(names.Find(TLEntryGetCategory(entry.Handle(), slot)));  // none is all bits: -1
+  };
   for (const tasklog::Entry entry : part.log->Entries({.from = part.from, .to = part.to})) {
     const std::uint64_t time = entry.Timestamp();
     if (time < part.from || time > part.to) continue;
-    const TLEntry handle = entry.Handle();
-    *row++ = {time, static_cast<std::uint16_t>(entry.Type()), subjects.Of(TLEntryGetCategory(handle, 0)),
-              running.Of(TLEntryGetCategory(handle, 1))};
+    *row++ = {time, static_cast<std::uint16_t>(entry.Type()), numberOf(entry, 0), numberOf(entry, 1)};
   }
   return row;
 }
