@@ -21,8 +21,18 @@ set_target_properties(fmt::fmt PROPERTIES
   INTERFACE_LINK_LIBRARIES portable_fmt INTERFACE_COMPILE_DEFINITIONS FMT_SHARED)
 
 # What is linked in place of this system's C library, and into each program and library. It stands at the end of
-# every line of the linker, so it is compiled before there are targets.
-set(oldGlibc ${CMAKE_BINARY_DIR}/oldglibc)
+# every line of the linker, so it is compiled before there are targets; in a folder that is called after what it is made
+# of, so that all is linked anew when that changes.
+set(portableSources oldglibc compat.c start.c)
+list(TRANSFORM portableSources PREPEND ${PROJECT_SOURCE_DIR}/cmake/portable/)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${portableSources})
+set(hashes ${TASKLOG_OLDEST_GLIBC})
+foreach(source IN LISTS portableSources)
+  file(SHA1 ${source} hash)
+  string(APPEND hashes ${hash})
+endforeach()
+string(SHA1 hash ${hashes})
+set(oldGlibc ${CMAKE_BINARY_DIR}/oldglibc-${hash})
 execute_process(COMMAND ${CMAKE_COMMAND} -E env CC=${CMAKE_C_COMPILER}
     ${PROJECT_SOURCE_DIR}/cmake/portable/oldglibc ${TASKLOG_OLDEST_GLIBC} ${oldGlibc}
   COMMAND_ERROR_IS_FATAL ANY)
