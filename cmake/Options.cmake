@@ -12,6 +12,8 @@ option(TASKLOG_PYTHON "Build the Python package (pybind11, numpy)" OFF)
 
 option(TASKLOG_COVERAGE "Count which branches of the library are taken" OFF)
 
+option(TASKLOG_DEB "Lay out what is installed for Debian packages, and let CPack make them" OFF)
+
 option(TASKLOG_LINT "Run clang-tidy on each file of the library that is compiled" OFF)
 
 set(CMAKE_C_STANDARD 11)
