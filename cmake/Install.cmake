@@ -66,7 +66,7 @@ install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DOCDIR})
 if(TASKLOG_DEB OR TASKLOG_PORTABLE)
   set(compiledIn libcli11-dev libfmt-dev libprotozero-dev libtomlplusplus-dev nlohmann-json3-dev)
   if(TASKLOG_PORTABLE)
-    list(APPEND compiledIn libncurses-dev libsqlite3-dev libstdc++6)
+    list(APPEND compiledIn libncurses-dev libsqlite3-dev libstdc++6 libzstd-dev zlib1g-dev)
   endif()
   foreach(package IN LISTS compiledIn)
     install(FILES /usr/share/doc/${package}/copyright RENAME ${package}.txt

@@ -16,7 +16,12 @@ execute_process(COMMAND gzip -9nc ${debDir}/changelog OUTPUT_FILE ${debDir}/chan
   COMMAND_ERROR_IS_FATAL ANY)
 execute_process(COMMAND gzip -9nc ${PROJECT_SOURCE_DIR}/CHANGELOG.md OUTPUT_FILE ${debDir}/changelog.gz
   COMMAND_ERROR_IS_FATAL ANY)
-foreach(package IN ITEMS libtasklog0 libtasklog-dev tasklog)
+set(packages libtasklog0 libtasklog-dev tasklog)
+if(TASKLOG_PYTHON)
+  list(APPEND packages python3-tasklog)
+  math(EXPR nextPython "${TASKLOG_PYTHON_MINOR} + 1")  # the module is of one version
+endif()
+foreach(package IN LISTS packages)
   install(FILES packaging/copyright ${debDir}/changelog.Debian.gz ${debDir}/changelog.gz
     DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package} COMPONENT ${package})
 endforeach()
@@ -32,7 +37,7 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
   OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
-set(CPACK_COMPONENTS_ALL libtasklog0 libtasklog-dev tasklog)
+set(CPACK_COMPONENTS_ALL ${packages})
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_DEBIAN_PACKAGE_RELEASE ${TASKLOG_DEB_REVISION})
@@ -70,4 +75,13 @@ set(CPACK_COMPONENT_TASKLOG_DESCRIPTION "task logs of real-time controllers, com
 ${about}
 This package has the command tasklog, its manual, and a simulated
 controller to try it with.")
+
+set(CPACK_DEBIAN_PYTHON3-TASKLOG_PACKAGE_NAME python3-tasklog)
+set(CPACK_DEBIAN_PYTHON3-TASKLOG_PACKAGE_SECTION python)
+set(CPACK_DEBIAN_PYTHON3-TASKLOG_PACKAGE_DEPENDS
+    "python3 (>= 3.${TASKLOG_PYTHON_MINOR}), python3 (<< 3.${nextPython}), python3-numpy, tasklog (= ${debVersion})")
+set(CPACK_DEBIAN_PYTHON3-TASKLOG_PACKAGE_SUGGESTS python3-pandas)
+set(CPACK_COMPONENT_PYTHON3-TASKLOG_DESCRIPTION "task logs of real-time controllers, Python package
+${about}
+This package gives logs, jobs and statistics to Python as numpy columns.")
 include(CPack)
