@@ -22,7 +22,7 @@ inline constexpr Setting exportSettings[] = {{smallestExport, 8},       {2 * sma
                                              {4 * smallestExport, 8},   {smallestExport, 512},
                                              {2 * smallestExport, 512}, {4 * smallestExport, 512}};
 // The same, of the shapes of shapes.h. The largest file has more records than the reader sorts at once.
-constexpr std::size_t SmallestShape(bool isFile) { return isFile ? 1100 : 800; }
+constexpr std::size_t SmallestShape(bool isFile) { return isFile ? 1100 : 400; }
 // Of operations that must not.
 inline constexpr std::size_t few = 4096;
 inline constexpr std::size_t many = 16 * few;
