@@ -10,8 +10,9 @@ type PlaceOf = (lane: number, task: number | null) => Place | null;
 type XOf = (ticks: bigint) => number;
 
 const stripHeight = 6; // pixels, below the runs of the job's own row
+const leastFrame = 5; // pixels: what is narrower has a line above it, or frames would cover all
 
-// A strip below the job says who had the processor; runs that kept it waiting have a frame in their own rows.
+// A strip below the job says who had the processor; runs that kept it waiting are framed in their own rows.
 function drawPieces(context: CanvasRenderingContext2D, state: State, xOf: XOf, placeOf: PlaceOf): void {
   const { pieces, recording } = state;
   const lane = pieces && recording?.lanes[pieces.lane];
@@ -30,9 +31,10 @@ function drawPieces(context: CanvasRenderingContext2D, state: State, xOf: XOf, p
     }
     const other = piece.task === null || piece.task === pieces.task ? null : placeOf(pieces.lane, piece.task);
     if (!other) continue;
-    context.strokeStyle = look.issue;
+    context.strokeStyle = context.fillStyle = look.issue;
     context.lineWidth = 2;
-    context.strokeRect(left - 1, other.top - 1, width + 2, other.height + 2);
+    if (width >= leastFrame) context.strokeRect(left - 1, other.top - 1, width + 2, other.height + 2);
+    else context.fillRect(left, other.top - 2, width, 2);
   }
 }
 

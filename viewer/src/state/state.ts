@@ -93,6 +93,13 @@ export function groupOf(state: State): GroupInfo | null {
   return state.recording?.groups[state.group] ?? null;
 }
 
+// Seconds as the command counts them, which are those of one log: from its own start.
+export function clockOf(state: State, lane: number): GroupInfo | null {
+  const of = state.recording?.lanes[lane];
+  const group = of && state.recording?.groups[of.group];
+  return group ? { ...group, origin: of.startTicks } : null;
+}
+
 // Of a task, testpoint or timing issue.
 export function labelOf(state: State, lane: number, subject: number): string {
   const of = state.recording?.lanes[lane];
