@@ -106,7 +106,10 @@ for (const colorScheme of ["light", "dark"])
         where,
       );
     };
-    await page.locator(".finding-show").first().click();
+    await page.focus(".finding-show");
+    await page.keyboard.press("Enter");
+    await until(page, () => window.tasklog.store.now.pieces && document.querySelector(".finding.shown"));
+    assert.equal(await page.evaluate(() => document.activeElement.className), "finding-show", "the focus stays");
     await check("findings");
     await page.evaluate(async () => {
       const { store, actions } = window.tasklog;

@@ -5,7 +5,7 @@ import type { Client } from "./load/client";
 import { element } from "./panels/dom";
 import { makeNotes } from "./panels/notes";
 import { Actions } from "./state/actions";
-import { beside, groupOf, makeStore, type AppStore, type TimeRange } from "./state/state";
+import { beside, makeStore, type AppStore, type TimeRange } from "./state/state";
 import type { CallName, Calls } from "./worker/protocol";
 
 // The same worker, whose rows of the second picture are apart. Statistics are asked for by the first picture alone.
@@ -52,7 +52,7 @@ export function makeSecondPane(area: HTMLElement, store: AppStore, actions: Acti
   makeNotes(area, scene, second);
 
   const translated = (range: TimeRange | null, isDown: boolean): TimeRange | null => {
-    const [first, other] = [groupOf(store.now), groupOf(second.now)];
+    const [first, other] = [store.now, second.now].map(state => state.recording?.groups[state.group]);
     if (!range || !first || !other) return null;
     const [from, to] = isDown ? [first, other] : [other, first];
     return { from: beside(range.from, from, to), to: beside(range.to, from, to) };

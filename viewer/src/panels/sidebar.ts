@@ -11,6 +11,11 @@ import { statistics } from "./statistics";
 
 const panels: Panel[] = [findings, statistics, histogram, details, entries, rowTable, compare];
 
+const focusable = (body: HTMLElement): HTMLElement[] => [
+  ...body.querySelectorAll<HTMLElement>("button, select, summary, [tabindex]"),
+];
+const placeOfFocus = (body: HTMLElement): number => focusable(body).indexOf(document.activeElement as HTMLElement);
+
 export function makeSidebar(place: HTMLElement, context: PanelContext): void {
   const { store, actions } = context;
   const tabs = element("div", { role: "tablist", "aria-label": "Panels", class: "tabs" });
@@ -36,15 +41,35 @@ export function makeSidebar(place: HTMLElement, context: PanelContext): void {
   });
   place.append(tabs, body);
   let shown = 0;
-  const refresh = (name: string): void => {
+  let busyWith = "";
+  let isStale = false;
+  const fill = async (panel: Panel): Promise<void> => {
+    const turn = ++shown;
+    const isKept = body.getAttribute("aria-labelledby") === `tab-${panel.name}`;
+    const [place, top] = isKept ? [placeOfFocus(body), body.scrollTop] : [-1, 0];
+    body.replaceChildren();
+    body.setAttribute("aria-labelledby", `tab-${panel.name}`);
+    try {
+      await panel.show(body, context, () => turn === shown);
+    } catch (error) {
+      if (turn === shown) body.append(hint(error instanceof Error ? error.message : String(error)));
+    }
+    if (turn !== shown || !isKept) return;
+    body.scrollTop = top;
+    if (place >= 0) focusable(body)[place]?.focus({ preventScroll: true });
+  };
+  // What changes faster than a panel is made, as a selection does while it is drawn, is shown once at a time.
+  const refresh = async (name: string): Promise<void> => {
     const panel = panels.find(one => one.name === store.now.panel);
     if (!panel || panel.name !== name) return;
-    const turn = ++shown;
-    body.replaceChildren();
-    body.setAttribute("aria-labelledby", `tab-${name}`);
-    void Promise.resolve(panel.show(body, context, () => turn === shown)).catch((error: unknown) => {
-      if (turn === shown) body.append(hint(error instanceof Error ? error.message : String(error)));
-    });
+    isStale = busyWith === name;
+    if (isStale) return;
+    busyWith = name;
+    do {
+      isStale = false;
+      await fill(panel);
+    } while (isStale && store.now.panel === name);
+    if (busyWith === name) busyWith = "";
   };
   store.watch(["panel"], () => {
     panels.forEach((panel, i) => {
@@ -52,9 +77,9 @@ export function makeSidebar(place: HTMLElement, context: PanelContext): void {
       buttons[i]!.setAttribute("aria-selected", String(isOpen));
       buttons[i]!.tabIndex = isOpen ? 0 : -1;
     });
-    refresh(store.now.panel);
+    void refresh(store.now.panel);
   });
-  for (const panel of panels) store.watch(panel.watches, () => refresh(panel.name));
+  for (const panel of panels) store.watch(panel.watches, () => void refresh(panel.name));
   for (const panel of panels) {
     const { follows, follow } = panel;
     if (follows && follow) store.watch(follows, () => store.now.panel === panel.name && follow(context));

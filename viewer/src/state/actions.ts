@@ -235,7 +235,7 @@ export class Actions {
   statsKeys(): { from?: Ticks; to?: Ticks; lanes: string[] }[] {
     const state = this.store.now;
     const { selection, compared, recording } = state;
-    const group = groupOf(state);
+    const group = recording?.groups[state.group];
     const lanesOf = (index: number): string[] => lanesOfGroup(state, index).map(String);
     const keys = { ...selection, lanes: lanesOf(state.group) };
     const other = compared && recording?.groups[compared.group];

@@ -96,7 +96,7 @@ export function groupOf(state: State): GroupInfo | null {
 // Seconds as the command counts them, which are those of one log: from its own start.
 export function clockOf(state: State, lane: number): GroupInfo | null {
   const of = state.recording?.lanes[lane];
-  const group = of && state.recording?.groups[of.group];
+  const group = of && groupOf({ ...state, group: of.group });
   return group ? { ...group, origin: of.startTicks } : null;
 }
 
