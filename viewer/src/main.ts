@@ -6,10 +6,13 @@ import { Pointer } from "./input/pointer";
 import { ofChooser, ofDrop, type Chosen } from "./load/chosen";
 import { Client } from "./load/client";
 import { takeRecording, takeText, type Embedded } from "./load/embedded";
+import { findingsOfLane } from "./panels/findings";
 import { makeHelp } from "./panels/help";
 import { makeNotes } from "./panels/notes";
+import { makeReport } from "./panels/report";
 import { makeSidebar } from "./panels/sidebar";
 import { makeToolbar } from "./panels/toolbar";
+import { makeSecondPane } from "./second";
 import { Actions } from "./state/actions";
 import { makeStore } from "./state/state";
 
@@ -23,9 +26,11 @@ const scene = new Scene(store, client, area, byId("rows"), byId("marks"));
 const pointer = new Pointer(area, scene, store, actions, client);
 const help = makeHelp();
 const chooser = byId<HTMLInputElement>("chooser");
-const toolbar = makeToolbar(byId("toolbar"), { store, actions, client }, () => chooser.click(), help);
-makeSidebar(byId("sidebar"), { store, actions, client });
+const toolbar = makeToolbar(byId("toolbar"), { store, actions, client, add }, () => chooser.click(), help);
+makeSidebar(byId("sidebar"), { store, actions, client, add });
+makeReport(store);
 makeNotes(area, scene, store);
+const second = makeSecondPane(byId("area2"), store, actions, client);
 listenToKeys({
   actions,
   pointerShare: () => pointer.share(),
@@ -34,8 +39,6 @@ listenToKeys({
   toggleHelp: help,
 });
 client.onWarning = line => store.set({ problems: [...store.now.problems, line] });
-
-const findingsOfLane = 50;
 
 async function open(what: Embedded | Chosen): Promise<void> {
   store.set({
@@ -46,6 +49,10 @@ async function open(what: Embedded | Chosen): Promise<void> {
     selection: null,
     picked: null,
     shownJob: null,
+    pieces: null,
+    places: null,
+    charted: null,
+    compared: null,
     stats: null,
     findings: null,
   });
@@ -70,17 +77,33 @@ async function open(what: Embedded | Chosen): Promise<void> {
   }
 }
 
+// Beside what is open, and at once compared with it.
+async function add(what: Chosen): Promise<void> {
+  try {
+    await client.store(what.files);
+    const recording = (await client.call("open", { arguments: what.arguments, adds: true })).json;
+    store.set({ problems: recording.problems, recording, compared: null, findings: null, charted: null });
+    await actions.compare(0, recording.arguments.length - 1);
+    store.set({ findings: (await client.call("explain", { limit: findingsOfLane })).json });
+  } catch (error) {
+    store.set({ problems: [...store.now.problems, error instanceof Error ? error.message : String(error)] });
+  }
+}
+
 chooser.addEventListener("change", () => {
   if (chooser.files && chooser.files.length > 0) void open(ofChooser(chooser.files));
 });
 document.addEventListener("dragover", event => event.preventDefault());
 document.addEventListener("drop", event => {
   event.preventDefault();
-  if (event.dataTransfer) void ofDrop(event.dataTransfer).then(open);
+  if (event.dataTransfer)
+    ofDrop(event.dataTransfer)
+      .then(open)
+      .catch((error: unknown) => store.set({ problems: [...store.now.problems, String(error)] }));
 });
 
 const embedded = takeRecording();
 if (embedded) void open(embedded);
 
 // For tests: what the page knows and can ask, no more than a reader of it could.
-Object.assign(window, { tasklog: { store, client, actions } });
+Object.assign(window, { tasklog: { store, client, actions, second } });

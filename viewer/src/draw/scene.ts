@@ -34,7 +34,7 @@ export class Scene {
   ) {
     new ResizeObserver(() => this.resize()).observe(area);
     store.watch(["view", "rows", "scrollTop"], () => void this.refresh());
-    store.watch(["selection", "picked", "shownJob", "pins"], () => this.scheduleUpper());
+    store.watch(["selection", "picked", "shownJob", "pieces", "places", "pins"], () => this.scheduleUpper());
     darkMode.addEventListener("change", () => this.drawAll());
     this.resize();
   }

@@ -1,12 +1,13 @@
 // What can be done, by whatever key, button or pointer. Each changes the state; drawing and panels follow.
 import type { Client } from "../load/client";
-import type { Finding, Found, Hit, RowOrder, Ticks } from "../worker/protocol";
-import { groupOf, labelOf, type AppStore, type TimeRange } from "./state";
+import type { Description, Finding, Found, Hit, Quantity, RowOrder, Stats, Ticks } from "../worker/protocol";
+import { beside, groupOf, labelOf, lanesOfGroup, type AppStore, type TimeRange } from "./state";
 import { clamped, lengthOf, lengthText, scaled, timeText } from "./time";
 
 export class Actions {
   private rowsAsked = 0;
   private statsAsked = 0;
+  private piecesAsked = 0;
 
   constructor(
     private readonly store: AppStore,
@@ -16,7 +17,8 @@ export class Actions {
       ["recording", "group", "order", "hidesEmpty", "filter", "pins", "folded"],
       () => void this.updateRows(),
     );
-    store.watch(["recording", "selection"], () => void this.updateStats());
+    store.watch(["recording", "selection", "compared", "group"], () => void this.updateStats());
+    store.watch(["picked", "shownJob"], () => void this.updatePieces());
   }
 
   // ---- The part that is shown ----
@@ -86,7 +88,7 @@ export class Actions {
     this.store.set({ folded: toggled(this.store.now.folded, `${lane}`) });
   }
   showGroup(group: number): void {
-    this.store.set({ group, selection: null, picked: null, shownJob: null, scrollTop: 0 });
+    this.store.set({ group, selection: null, picked: null, shownJob: null, places: null, scrollTop: 0 });
     this.showAll();
   }
 
@@ -101,12 +103,16 @@ export class Actions {
         said: `Selected ${lengthText(lengthOf(ordered), group.ticksPerSecond)} from ${timeText(ordered.from, group)}`,
       });
   }
+  // For whoever has no pointer: all that is seen is selected.
+  selectView(): void {
+    this.select(this.store.now.view);
+  }
   pick(hit: Hit | null): void {
     const isSpan = hit && (hit.kind === "run" || hit.kind === "job" || hit.kind === "wait");
     this.store.set({ picked: hit, ...(hit ? { said: hit.title } : {}), ...(isSpan ? { panel: "details" } : {}) });
   }
   clear(): void {
-    this.store.set({ selection: null, picked: null, shownJob: null, hit: null });
+    this.store.set({ selection: null, picked: null, shownJob: null, places: null, hit: null });
   }
   openPanel(panel: string): void {
     this.store.set({ panel });
@@ -147,16 +153,58 @@ export class Actions {
     });
   }
 
-  showFinding(finding: Finding): void {
-    const { recording } = this.store.now;
-    const lane = recording?.lanes.findIndex(lane => lane.name === finding.lane) ?? -1;
-    const of = recording?.lanes[lane];
+  // `job` is one of the finding's, the worst without it.
+  showFinding(finding: Finding, lane: number, job = finding.job): void {
+    const of = this.store.now.recording?.lanes[lane];
     if (!of) return;
     if (of.group !== this.store.now.group) this.showGroup(of.group);
     const task = of.tasks.findIndex(task => task.name === finding.task);
-    const job = { from: BigInt(finding.job.activationTicks), to: BigInt(finding.job.completionTicks) };
-    this.store.set({ shownJob: { ...job, lane, task: task < 0 ? null : task }, said: finding.verdict });
-    this.showAround(job);
+    const range = { from: BigInt(job.activationTicks), to: BigInt(job.completionTicks) };
+    const shownJob = { ...range, lane, task: task < 0 ? null : task };
+    this.store.set({ shownJob, picked: null, said: finding.verdict });
+    this.showAround(range);
+  }
+  // The first run of a task that is seen, or the next behind.
+  async pickInView(lane: number, task: number): Promise<void> {
+    const { group, view } = this.store.now;
+    const at = view.from > 0n ? view.from - 1n : 0n;
+    const found = (await this.client.call("step", { group, kind: "run", at, forward: true, lane, task })).json;
+    if (found) this.arrive(found, task);
+    else this.store.set({ said: "It does not run behind that" });
+  }
+
+  // ---- Numbers ----
+
+  setQuantity(quantity: Quantity): void {
+    this.store.set({ quantity, places: null });
+  }
+  chart(lane: number, task: number): void {
+    this.store.set({ charted: { lane, task }, places: null });
+  }
+  pointAt(lane: number, task: number | null, spans: TimeRange[]): void {
+    this.store.set({ places: { lane, task, spans } });
+  }
+
+  // ---- Two recordings ----
+
+  async compare(before: number, after: number): Promise<void> {
+    const recording = (await this.client.call("group", { separately: true })).json;
+    const groupOfArgument = (argument: number): number =>
+      recording.lanes.find(lane => lane.argument === argument)?.group ?? -1;
+    const [group, other] = [groupOfArgument(before), groupOfArgument(after)];
+    if (group < 0 || other < 0)
+      return this.store.set({ said: "One of these recordings could not be read", recording, compared: null });
+    this.regroup(recording, group);
+    this.store.set({ compared: { before, after, group: other }, panel: "compare" });
+  }
+  async stopComparing(): Promise<void> {
+    const recording = (await this.client.call("group", { separately: false })).json;
+    this.store.set({ compared: null });
+    this.regroup(recording, 0);
+  }
+  private regroup(recording: Description, group: number): void {
+    this.store.set({ recording, pins: [], folded: [] });
+    this.showGroup(group);
   }
 
   // ---- What follows from changes ----
@@ -174,11 +222,38 @@ export class Actions {
     if (asked === this.rowsAsked) this.store.set({ rows });
   }
   private async updateStats(): Promise<void> {
-    const { recording, selection } = this.store.now;
-    if (!recording) return this.store.set({ stats: null });
+    if (!this.store.now.recording) return this.store.set({ stats: null });
     const asked = ++this.statsAsked;
-    const stats = (await this.client.call("stats", selection ?? {})).json;
-    if (asked === this.statsAsked) this.store.set({ stats });
+    const parts = await Promise.all(
+      this.statsKeys().map(async keys => (await this.client.call("stats", keys)).json.lanes),
+    );
+    const stats: Stats = { schema: 1, lanes: parts.flat() };
+    const statsLanes = this.statsKeys().flatMap(keys => keys.lanes.map(Number));
+    if (asked === this.statsAsked) this.store.set({ stats, statsLanes });
+  }
+  // What to ask for the numbers of the selection, or of all: a call for each picture.
+  statsKeys(): { from?: Ticks; to?: Ticks; lanes: string[] }[] {
+    const state = this.store.now;
+    const { selection, compared, recording } = state;
+    const group = recording?.groups[state.group];
+    const lanesOf = (index: number): string[] => lanesOfGroup(state, index).map(String);
+    const keys = { ...selection, lanes: lanesOf(state.group) };
+    const other = compared && recording?.groups[compared.group];
+    if (!compared || !other || !group) return [keys];
+    const range = selection && {
+      from: beside(selection.from, group, other),
+      to: beside(selection.to, group, other),
+    };
+    return [keys, { ...range, lanes: lanesOf(compared.group) }];
+  }
+  private async updatePieces(): Promise<void> {
+    const { picked, shownJob } = this.store.now;
+    const asked = ++this.piecesAsked;
+    const job = picked?.kind === "job" ? { ...picked, from: BigInt(picked.from), to: BigInt(picked.to) } : shownJob;
+    if (!job || job.task === null) return this.store.set({ pieces: null });
+    const { lane, task, from, to } = { ...job, task: job.task };
+    const list = (await this.client.call("pieces", { lane, task, from, to })).json;
+    if (asked === this.piecesAsked) this.store.set({ pieces: { lane, task, list } });
   }
 }
 
