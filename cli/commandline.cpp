@@ -17,21 +17,25 @@ namespace cli {
 namespace {
 
 const Command* const commands[] = {
-    &startCommand,  &recordCommand, &infoCommand,    &listCommand, &statsCommand, &latencyCommand,
-    &checkCommand,  &diffCommand,   &explainCommand, &plotCommand, &viewCommand,  &topCommand,
-    &exportCommand, &verifyCommand, &repairCommand,  &cutCommand,  &joinCommand};
+    &startCommand,     &recordCommand,  &infoCommand,    &listCommand, &statsCommand, &latencyCommand,
+    &checkCommand,     &diffCommand,    &explainCommand, &plotCommand, &viewCommand,  &topCommand,
+    &exportCommand,    &verifyCommand,  &repairCommand,  &cutCommand,  &joinCommand,
+#ifdef TASKLOG_TABLES
+    &summarizeCommand, &compactCommand,
+#endif
+};
 
 std::string Overview() {
   std::string text =
       "Records, stores and shows the task logs of real-time controllers.\n\n"
       "Usage: tasklog COMMAND [OPTIONS]\n\nCommands:\n";
   for (const Command* command : commands) {
-    fmt::format_to(std::back_inserter(text), "  {:<8}{}\n", command->name, command->summary);
+    fmt::format_to(std::back_inserter(text), "  {:<10}{}\n", command->name, command->summary);
   }
   return text +
          "\nOptions:\n"
-         "  -h,--help    Print this help, or behind a command that of the command\n"
-         "  --version    Print the version\n\n"
+         "  -h,--help   Print this help, or behind a command that of the command\n"
+         "  --version   Print the version\n\n"
          "Example:\n"
          "  tasklog record demo --start --for 3s -o demo.tasklog\n"
          "  tasklog info demo.tasklog\n";

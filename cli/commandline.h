@@ -36,6 +36,8 @@ extern const Command verifyCommand;
 extern const Command repairCommand;
 extern const Command cutCommand;
 extern const Command joinCommand;
+extern const Command summarizeCommand;
+extern const Command compactCommand;
 
 // Runs what the arguments (without the program's name) ask for; returns the exit code. Throws UsageError,
 // Failure and ClosedPipe.
