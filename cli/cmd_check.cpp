@@ -77,7 +77,6 @@ std::unique_ptr<CheckFormat> MakeFormat(const Options& options, fmt::memory_buff
 }
 
 int CheckLogs(const Options& options) {
-  RequireOneOf("--format", options.format, {"text", "json", "junit"});
   LaneLoader loader("check", options.common);
   Rules rules(*options.budget);
   StdoutWriter out;
@@ -137,7 +136,7 @@ int RunCheck(const Options& options) {
   return RunGate([&] { return options.suggest ? SuggestBudget(options) : CheckLogs(options); });
 }
 
-std::function<int()> Declare(CLI::App& app) {
+Declared Declare(CLI::App& app) {
   const auto options = std::make_shared<Options>();
   DeclareAnalysisOptions(app, options->common);
   app.add_option("--budget", options->budget, "The limits to keep, TOML (docs/cli.md, Budget files)")
@@ -146,7 +145,7 @@ std::function<int()> Declare(CLI::App& app) {
   app.add_flag("--suggest", options->suggest, "Print a budget file that these logs keep");
   app.add_option("--margin", options->margin, "With --suggest: room to spare (default: 20%)")
       ->type_name("PERCENT");
-  return [options] { return RunCheck(*options); };
+  return {[options] { return RunCheck(*options); }, {{"--format", {"text", "json", "junit"}}}};
 }
 
 }  // namespace

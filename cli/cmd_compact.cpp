@@ -30,10 +30,10 @@ int Compact(const std::string& dataset) {
   return exitCode;
 }
 
-std::function<int()> Declare(CLI::App& app) {
+Declared Declare(CLI::App& app) {
   const auto dataset = std::make_shared<std::string>();
   app.add_option("DATASET", *dataset, "A folder that summarize wrote")->required()->type_name("");
-  return [dataset] { return Compact(*dataset); };
+  return {[dataset] { return Compact(*dataset); }};
 }
 
 }  // namespace

@@ -46,13 +46,13 @@ int Cut(const Options& options) {
   return exitSuccess;
 }
 
-std::function<int()> Declare(CLI::App& app) {
+Declared Declare(CLI::App& app) {
   const auto options = std::make_shared<Options>();
   app.add_option("FILE", options->path, "A TaskLog file; it stays as it is")->required()->type_name("");
   app.add_option("--from", options->from, "The first time of the part")->type_name("TIME");
   app.add_option("--to", options->to, "The last time of the part")->type_name("TIME");
   app.add_option("-o,--output", options->output, "Where to write the part")->required()->type_name("PATH");
-  return [options] { return Cut(*options); };
+  return {[options] { return Cut(*options); }};
 }
 
 }  // namespace

@@ -93,7 +93,6 @@ int Judge(const std::optional<double>& failOver, const Difference& difference) {
 }
 
 int Diff(const Options& options) {
-  RequireOneOf("--format", options.format, {"text", "csv", "json"});
   std::optional<double> failOver;
   if (options.failOver && !(failOver = ParsePercent(*options.failOver)))
     throw UsageError("--fail-over: " + Quoted(*options.failOver) + " is not a percentage such as 10%");
@@ -118,7 +117,7 @@ int Diff(const Options& options) {
   return Judge(failOver, difference);
 }
 
-std::function<int()> Declare(CLI::App& app) {
+Declared Declare(CLI::App& app) {
   const auto options = std::make_shared<Options>();
   DeclareAnalysisOptions(app, options->common);
   app.add_option("--base", options->base, "A log from before; may be repeated. Then all LOGs are from\nafter")
@@ -128,7 +127,8 @@ std::function<int()> Declare(CLI::App& app) {
                  "Exit with 1 when a time of a task, noise aside, got\nworse by more than this")
       ->type_name("PERCENT");
   app.add_option("--format", options->format, "text (default), csv or json")->type_name("FORMAT");
-  return [options] { return RunGate([&] { return Diff(*options); }); };
+  return {[options] { return RunGate([&] { return Diff(*options); }); },
+          {{"--format", {"text", "csv", "json"}}}};
 }
 
 }  // namespace

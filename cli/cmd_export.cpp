@@ -87,7 +87,7 @@ int Export(Options options) {
   return exitSuccess;
 }
 
-std::function<int()> Declare(CLI::App& app) {
+Declared Declare(CLI::App& app) {
   const auto options = std::make_shared<Options>();
   app.add_option("LOG", options->common.logs, "TaskLog files, or folders of recordings")
       ->required()
@@ -105,12 +105,10 @@ std::function<int()> Declare(CLI::App& app) {
   app.add_option("--from", options->common.from,
                  "First time: 1.5s, 250ms or 12us from the start, or raw\nticks: 1000")
       ->type_name("TIME");
-  app.add_option("--task", options->tasks,
-                 "Only what concerns tasks whose names match this shell\npattern; may be repeated")
-      ->type_name("PATTERN")
-      ->allow_extra_args(false);
+  DeclareTaskPatterns(app, options->tasks,
+                      "Only what concerns tasks whose names match this shell\npattern; may be repeated");
   DeclareConventions(app, options->common);
-  return [options] { return Export(*options); };
+  return {[options] { return Export(*options); }, {}, {{"--to", FormatNames()}}};
 }
 
 }  // namespace

@@ -44,11 +44,11 @@ int Info(const Options& options) {
   return exitCode;
 }
 
-std::function<int()> Declare(CLI::App& app) {
+Declared Declare(CLI::App& app) {
   const auto options = std::make_shared<Options>();
   app.add_option("LOG", options->logs, "TaskLog files, or folders of recordings")->required()->type_name("");
   app.add_flag("--json", options->json, "Print JSON: an array with one object for each log");
-  return [options] { return Info(*options); };
+  return {[options] { return Info(*options); }};
 }
 
 }  // namespace

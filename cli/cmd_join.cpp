@@ -120,13 +120,13 @@ int Join(const Options& options) {
   return exitSuccess;
 }
 
-std::function<int()> Declare(CLI::App& app) {
+Declared Declare(CLI::App& app) {
   const auto options = std::make_shared<Options>();
   app.add_option("FILE", options->paths, "TaskLog files of one logger; they stay as they are")
       ->required()
       ->type_name("");
   app.add_option("-o,--output", options->output, "Where to write the whole")->required()->type_name("PATH");
-  return [options] { return Join(*options); };
+  return {[options] { return Join(*options); }};
 }
 
 }  // namespace

@@ -65,7 +65,6 @@ struct Selection {
 std::uint64_t TypesMask(const std::vector<std::string>& types) {
   std::uint64_t mask = 0;
   for (const std::string& type : types) {
-    RequireOneOf("--type", type, {"switch", "event", "testpoint", "issue"});
     if (type == "switch") mask |= TL_LOGS_SWITCHES;
     if (type == "event") mask |= TL_LOGS_TASK_EVENTS;
     if (type == "testpoint") mask |= TL_LOGS_TESTPOINTS;
@@ -81,7 +80,6 @@ std::uint64_t CheckedLimit(const std::optional<std::string>& text) {
 }
 
 Request Checked(const Options& options) {
-  RequireOneOf("--format", options.format, {"text", "csv", "json"});
   return {.logs = options.logs,
           .task = options.task,
           .types = TypesMask(options.types),
@@ -171,7 +169,7 @@ int List(const Request& request) {
   return exitSuccess;
 }
 
-std::function<int()> Declare(CLI::App& app) {
+Declared Declare(CLI::App& app) {
   const auto options = std::make_shared<Options>();
   app.add_option("LOG", options->logs, "TaskLog files, or folders of recordings")->required()->type_name("");
   app.add_option("--task", options->task, "Only entries that concern this task or happened while it\nran")
@@ -186,7 +184,8 @@ std::function<int()> Declare(CLI::App& app) {
   app.add_option("--format", options->format, "text (default), csv or json")->type_name("FORMAT");
   app.add_flag("--ticks", options->ticks, "Print raw ticks in place of seconds");
   app.add_option("--limit", options->limit, "At most so many entries")->type_name("N");
-  return [options] { return List(Checked(*options)); };
+  return {[options] { return List(Checked(*options)); },
+          {{"--type", {"switch", "event", "testpoint", "issue"}}, {"--format", {"text", "csv", "json"}}}};
 }
 
 }  // namespace

@@ -81,7 +81,6 @@ int LoadLanes(const Options& options, std::vector<std::unique_ptr<PlotLane>>& la
 }
 
 int Plot(const Options& options) {
-  RequireOneOf("--sort", options.sort, {"priority", "load", "name", "first"});
   const bool asPng = IsPng(options.output);
   const int width = CheckedWidth(options.width);
   const std::string place = PlaceOfFile(options.output);
@@ -97,19 +96,16 @@ int Plot(const Options& options) {
   return exitCode;
 }
 
-std::function<int()> Declare(CLI::App& app) {
+Declared Declare(CLI::App& app) {
   const auto options = std::make_shared<Options>();
   DeclareAnalysisOptions(app, options->common);
   app.add_option("-o,--output", options->output, "The picture: a name that ends in .svg or .png")
       ->required()
       ->type_name("FILE");
-  app.add_option("--task", options->tasks,
-                 "Only tasks whose names match this shell pattern; may be\nrepeated")
-      ->type_name("PATTERN")
-      ->allow_extra_args(false);
+  DeclareTaskPatterns(app, options->tasks);
   app.add_option("--sort", options->sort, "priority (default), load, name or first (run)")->type_name("KEY");
   app.add_option("--width", options->width, "Pixels (default: 1600)")->type_name("N");
-  return [options] { return Plot(*options); };
+  return {[options] { return Plot(*options); }, {{"--sort", {"priority", "load", "name", "first"}}}};
 }
 
 }  // namespace

@@ -65,7 +65,7 @@ RecordRequest Checked(const Options& options) {
   return request;
 }
 
-std::function<int()> Declare(CLI::App& app) {
+Declared Declare(CLI::App& app) {
   const auto options = std::make_shared<Options>();
   app.add_option("TARGET", options->target, "The controller")->required()->type_name("");
   app.add_option("-o,--output", options->output,
@@ -95,7 +95,9 @@ std::function<int()> Declare(CLI::App& app) {
   app.add_option("--after", options->after, "Go on for so long behind that; SIGUSR1 counts as it")
       ->type_name("TIME");
   app.add_flag("--merge", options->merge, "Put all loggers into one file");
-  return [options] { return Record(Checked(*options)); };
+  return {[options] { return Record(Checked(*options)); },
+          {},
+          {{"--until", {"issue:", "testpoint:", "event:", "response:"}}}};
 }
 
 }  // namespace

@@ -87,13 +87,13 @@ int Repair(const Options& options) {
   return exitSuccess;
 }
 
-std::function<int()> Declare(CLI::App& app) {
+Declared Declare(CLI::App& app) {
   const auto options = std::make_shared<Options>();
   app.add_option("FILE", options->path, "A TaskLog file; it stays as it is")->required()->type_name("");
   app.add_option("-o,--output", options->output, "Where to write what was saved")
       ->required()
       ->type_name("PATH");
-  return [options] { return Repair(*options); };
+  return {[options] { return Repair(*options); }};
 }
 
 }  // namespace

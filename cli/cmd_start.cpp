@@ -22,14 +22,14 @@ int Start(const Options& options) {
   return exitSuccess;
 }
 
-std::function<int()> Declare(CLI::App& app) {
+Declared Declare(CLI::App& app) {
   const auto options = std::make_shared<Options>();
   app.add_option("TARGET", options->target,
                  "The controller; /@2 behind its name selects the logger of\nkernel 2")
       ->required()
       ->type_name("");
   app.add_option("--trigger", options->trigger, "Let this task trigger the logger")->type_name("TASK");
-  return [options] { return Start(*options); };
+  return {[options] { return Start(*options); }};
 }
 
 }  // namespace

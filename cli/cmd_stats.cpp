@@ -29,8 +29,6 @@ std::unique_ptr<StatsFormat> MakeFormat(const std::string& format, fmt::memory_b
 }
 
 int Stats(const Options& options) {
-  RequireOneOf("--sort", options.sort, {"priority", "load", "response", "name"});
-  RequireOneOf("--format", options.format, {"text", "csv", "json"});
   LaneLoader loader("statistics", options.common);
   TaskFilter filter(options.tasks);
   StdoutWriter out;
@@ -53,16 +51,14 @@ int Stats(const Options& options) {
   return exitCode;
 }
 
-std::function<int()> Declare(CLI::App& app) {
+Declared Declare(CLI::App& app) {
   const auto options = std::make_shared<Options>();
   DeclareAnalysisOptions(app, options->common);
-  app.add_option("--task", options->tasks,
-                 "Only tasks whose names match this shell pattern; may be\nrepeated")
-      ->type_name("PATTERN")
-      ->allow_extra_args(false);
+  DeclareTaskPatterns(app, options->tasks);
   app.add_option("--sort", options->sort, "priority (default), load, response or name")->type_name("KEY");
   app.add_option("--format", options->format, "text (default), csv or json")->type_name("FORMAT");
-  return [options] { return Stats(*options); };
+  return {[options] { return Stats(*options); },
+          {{"--sort", {"priority", "load", "response", "name"}}, {"--format", {"text", "csv", "json"}}}};
 }
 
 }  // namespace

@@ -134,7 +134,7 @@ int Summarize(const Options& options) {
   return crew.Failed() > 0 ? exitFailure : exitSuccess;
 }
 
-std::function<int()> Declare(CLI::App& app) {
+Declared Declare(CLI::App& app) {
   const auto options = std::make_shared<Options>();
   app.add_option("LOG", options->common.logs, "Recordings: TaskLog files, or folders")->type_name("");
   app.add_option("-o,--output", options->output, "The dataset to add to: a folder")
@@ -152,7 +152,7 @@ std::function<int()> Declare(CLI::App& app) {
   DeclareConventions(app, options->common);
   app.add_option("--jobs", options->jobs, "How many recordings at a time (default: one a core)")
       ->type_name("N");
-  return [options] { return Summarize(*options); };
+  return {[options] { return Summarize(*options); }};
 }
 
 }  // namespace

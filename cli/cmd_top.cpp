@@ -44,7 +44,6 @@ Request Checked(const Options& options) {
                   .interval = WaitingTime("--every", options.interval, shortest)};
   if (!options.duration.empty()) request.duration = WaitingTime("--for", options.duration, shortest);
   const auto& columns = TopColumnNames();
-  RequireOneOf("--sort", options.sort, columns);
   request.order.column =
       static_cast<TopColumn>(std::find(columns.begin(), columns.end(), options.sort) - columns.begin());
   const TargetNotes notes = NotesOn(options.target);
@@ -91,7 +90,7 @@ int Top(const Options& options) {
   return reader.LastRoundFailed() ? exitFailure : exitSuccess;
 }
 
-std::function<int()> Declare(CLI::App& app) {
+Declared Declare(CLI::App& app) {
   const auto options = std::make_shared<Options>();
   app.add_option("TARGET", options->target, "The controller")->required()->type_name("");
   app.add_option("--logger", options->loggers,
@@ -111,7 +110,7 @@ std::function<int()> Declare(CLI::App& app) {
                  "What the types of switches mean: sim, or such as\n0=preempted,1=done,4=waits (default: as "
                  "noted for the\ntarget)")
       ->type_name("MEANINGS");
-  return [options] { return Top(*options); };
+  return {[options] { return Top(*options); }, {{"--sort", TopColumnNames()}}};
 }
 
 }  // namespace

@@ -48,11 +48,11 @@ int VerifyAll(const Options& options) {
   return exitCode;
 }
 
-std::function<int()> Declare(CLI::App& app) {
+Declared Declare(CLI::App& app) {
   const auto options = std::make_shared<Options>();
   app.add_option("FILE", options->files, "TaskLog files")->required()->type_name("");
   app.add_flag("--json", options->json, "Print JSON: an object with what was found in each file");
-  return [options] { return VerifyAll(*options); };
+  return {[options] { return VerifyAll(*options); }};
 }
 
 }  // namespace

@@ -108,9 +108,14 @@ class Page {
 
   void Write(const Options& options) {
     const std::size_t at = template_.find(place);
+    const std::vector<std::string> files = FilesOf(options.logs);
+    for (const std::string& path : files) {
+      std::error_code error;
+      if (fs::equivalent(path, place_, error)) throw InTheWay(options.output, "it is one of the logs");
+    }
     file_.Write(std::string_view(template_).substr(0, at));
     file_.Write(Arguments(options));
-    for (const std::string& path : FilesOf(options.logs)) WriteFile(path);
+    for (const std::string& path : files) WriteFile(path);
     file_.Write(std::string_view(template_).substr(at + place.size()));
     file_.Finish(place_);
     file_.RenameTo(place_);
@@ -163,7 +168,7 @@ int View(const Options& options) {
   return exitSuccess;
 }
 
-std::function<int()> Declare(CLI::App& app) {
+Declared Declare(CLI::App& app) {
   const auto options = std::make_shared<Options>();
   app.add_option("LOG", options->logs, "TaskLog files, or folders of recordings")->required()->type_name("");
   app.add_option("--from", options->from,
@@ -172,7 +177,7 @@ std::function<int()> Declare(CLI::App& app) {
   app.add_option("--to", options->to, "The last time, written likewise")->type_name("TIME");
   app.add_option("-o,--output", options->output, "The page (default: timeline.html)")->type_name("FILE");
   app.add_flag("--open", options->open, "Open it in the browser");
-  return [options] { return View(*options); };
+  return {[options] { return View(*options); }};
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "completion.h"
 #include "failure.h"
 #include "stdoutwriter.h"
 #include "suggest.h"
@@ -16,29 +17,16 @@
 namespace cli {
 namespace {
 
-const Command* const commands[] = {
-    &startCommand,     &recordCommand,  &infoCommand,    &listCommand, &statsCommand, &latencyCommand,
-    &checkCommand,     &diffCommand,    &explainCommand, &plotCommand, &viewCommand,  &topCommand,
-    &exportCommand,    &verifyCommand,  &repairCommand,  &cutCommand,  &joinCommand,
-#ifdef TASKLOG_TABLES
-    &summarizeCommand, &compactCommand,
-#endif
-};
-
 std::string Overview() {
-  std::string text =
-      "Records, stores and shows the task logs of real-time controllers.\n\n"
-      "Usage: tasklog COMMAND [OPTIONS]\n\nCommands:\n";
-  for (const Command* command : commands) {
-    fmt::format_to(std::back_inserter(text), "  {:<10}{}\n", command->name, command->summary);
-  }
-  return text +
-         "\nOptions:\n"
-         "  -h,--help   Print this help, or behind a command that of the command\n"
-         "  --version   Print the version\n\n"
-         "Example:\n"
-         "  tasklog record demo --start --for 3s -o demo.tasklog\n"
-         "  tasklog info demo.tasklog\n";
+  std::string text = fmt::format("{}.\n\nUsage: tasklog COMMAND [OPTIONS]\n\nCommands:\n", programSummary);
+  const auto row = [&](int width, const char* name, const char* summary) {
+    fmt::format_to(std::back_inserter(text), "  {:<{}}{}\n", name, width, summary);
+  };
+  for (const Command* command : Commands()) row(10, command->name, command->summary);
+  row(10, helpExtra.usage, helpExtra.summary);
+  text += "\nOptions:\n";
+  for (const Extra& option : optionExtras) row(13, option.usage, option.summary);
+  return text + "\n" + programExamples;
 }
 
 int PrintText(std::string_view text) {
@@ -49,13 +37,14 @@ int PrintText(std::string_view text) {
 }
 
 const Command& FindCommand(const std::string& name) {
+  if (const Command* const command = CommandNamed(name)) return *command;
   const bool isOption = name.starts_with('-');
   std::vector<std::string> names;
   if (isOption) names = {"--help", "--version"};
-  for (const Command* command : commands) {
-    if (name == command->name) return *command;
+  for (const Command* command : Commands()) {
     if (!isOption) names.emplace_back(command->name);
   }
+  if (!isOption) names.emplace_back(helpExtra.usage);
   const std::string suggestion = Suggestion(name, names);
   throw UsageError(fmt::format("unknown {} {}{}", isOption ? "option" : "command", Quoted(name),
                                suggestion.empty() ? " ('tasklog --help' lists the commands)" : suggestion));
@@ -107,12 +96,16 @@ void ProtectBrackets(const CLI::App& app, std::vector<std::string>& arguments) {
   }
 }
 
+// Throws UsageError when an option has a value that it does not take.
+void CheckChoices(const Syntax& syntax) {
+  for (const auto& [option, values] : syntax.declared.choices)
+    for (const std::string& value : syntax.app.get_option(option)->results())
+      RequireOneOf(option.c_str(), value, values);
+}
+
 int RunCommand(const Command& command, std::vector<std::string> arguments) {
-  CLI::App app(command.summary, std::string("tasklog ") + command.name);
-  app.set_help_flag("-h,--help", "Print this help");
-  app.footer(command.examples);
-  app.get_formatter()->column_width(28);
-  const std::function<int()> run = command.declare(app);
+  Syntax syntax(command);
+  CLI::App& app = syntax.app;
   ProtectBrackets(app, arguments);
   std::reverse(arguments.begin(), arguments.end());  // as CLI11 wants it
   try {
@@ -125,19 +118,53 @@ int RunCommand(const Command& command, std::vector<std::string> arguments) {
     throw UsageError(fmt::format("{}: {} ('tasklog {} --help' shows the usage)", command.name,
                                  Explained(error), command.name));
   }
-  return run();
+  CheckChoices(syntax);
+  return syntax.declared.run();
+}
+
+int Help(const std::vector<std::string>& arguments) {
+  if (arguments.size() > 1) throw UsageError("help: unexpected argument " + Quoted(arguments[1]));
+  const std::string name = arguments.empty() ? helpExtra.usage : arguments[0];
+  if (name == helpExtra.usage || name == "-h" || name == "--help") return PrintText(Overview());
+  return PrintText(Syntax(FindCommand(name)).app.help());
 }
 
 }  // namespace
+
+Syntax::Syntax(const Command& command) : app(command.summary, std::string("tasklog ") + command.name) {
+  app.set_help_flag("-h,--help", "Print this help");
+  app.footer(command.examples);
+  app.get_formatter()->column_width(28);
+  declared = command.declare(app);
+}
+
+const std::vector<const Command*>& Commands() {
+  static const std::vector<const Command*> commands = {
+      &startCommand,     &recordCommand,  &infoCommand,    &listCommand, &statsCommand, &latencyCommand,
+      &checkCommand,     &diffCommand,    &explainCommand, &plotCommand, &viewCommand,  &topCommand,
+      &exportCommand,    &verifyCommand,  &repairCommand,  &cutCommand,  &joinCommand,
+#ifdef TASKLOG_TABLES
+      &summarizeCommand, &compactCommand,
+#endif
+  };
+  return commands;
+}
+
+const Command* CommandNamed(std::string_view name) {
+  for (const Command* command : Commands())
+    if (name == command->name) return command;
+  return nullptr;
+}
 
 int RunCommandLine(std::vector<std::string> arguments) {
   if (arguments.empty()) throw UsageError("no command given ('tasklog --help' lists the commands)");
   const std::string first = arguments.front();
   if (first == "-h" || first == "--help") return PrintText(Overview());
   if (first == "--version") return PrintText("tasklog " TASKLOG_VERSION "\n");
-  const Command& command = FindCommand(first);
   arguments.erase(arguments.begin());
-  return RunCommand(command, std::move(arguments));
+  if (first == "help") return Help(arguments);
+  if (first == "complete") return Complete(arguments);
+  return RunCommand(FindCommand(first), std::move(arguments));
 }
 
 void RequireOneOf(const char* option, const std::string& value, const std::vector<std::string>& names) {

@@ -3,19 +3,35 @@
 
 #include <CLI/CLI.hpp>
 #include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
 namespace cli {
 
+// What a command has said of its command line, beside what CLI11 keeps.
+struct Declared {
+  std::function<int()> run;  // once the arguments are parsed; gives the exit code
+  // By option: the only values that it takes. They are checked before the command runs.
+  std::map<std::string, std::vector<std::string>> choices = {};
+  // By option: some of what it takes, to be offered where it is typed; behind a ':' follows a name.
+  std::map<std::string, std::vector<std::string>> hints = {};
+};
+
 // One subcommand: a file cmd_<name>.cpp and a line in the table in commandline.cpp.
 struct Command {
   const char* name;
-  const char* summary;   // one line for the list of commands
-  const char* examples;  // closes its --help
-  // Declares arguments and options; the function returned runs the command once they are parsed, and gives
-  // the exit code.
-  std::function<int()> (*declare)(CLI::App& app);
+  const char* summary;                 // one line for the list of commands
+  const char* examples;                // closes its --help
+  Declared (*declare)(CLI::App& app);  // declares arguments and options
+};
+
+// The command line of one command, for whoever parses it, completes it or describes it.
+struct Syntax {
+  explicit Syntax(const Command& command);
+
+  CLI::App app;
+  Declared declared;
 };
 
 // docs/cli.md describes each.
@@ -38,6 +54,27 @@ extern const Command cutCommand;
 extern const Command joinCommand;
 extern const Command summarizeCommand;
 extern const Command compactCommand;
+
+const std::vector<const Command*>& Commands();  // in the order of the overview
+// Null when there is none.
+const Command* CommandNamed(std::string_view name);
+
+inline constexpr const char* programSummary =
+    "Records, stores and shows the task logs of real-time controllers";
+inline constexpr const char* programExamples =
+    "Example:\n"
+    "  tasklog record demo --start --for 3s -o demo.tasklog\n"
+    "  tasklog info demo.tasklog\n";
+
+// What there is beside the commands, and what it does.
+struct Extra {
+  const char* usage;
+  const char* summary;
+};
+inline constexpr Extra helpExtra{"help", "Print this help, or that of the command named behind it"};
+inline constexpr Extra optionExtras[] = {
+    {"-h,--help", "Print this help, or behind a command that of the command"},
+    {"--version", "Print the version"}};
 
 // Runs what the arguments (without the program's name) ask for; returns the exit code. Throws UsageError,
 // Failure and ClosedPipe.

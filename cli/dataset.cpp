@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
+#include <mutex>
 
 #include "failure.h"
 #include "fleet/identity.h"
@@ -22,6 +23,9 @@ namespace fs = std::filesystem;
 constexpr std::string_view extension = ".parquet";
 constexpr std::string_view joinedPrefix = "joined-";
 constexpr const char* unknownPart = "__HIVE_DEFAULT_PARTITION__";  // engines read it as null
+
+// Of all datasets of the process: temporary files are for one thread.
+std::mutex writing;
 
 std::string FolderName(const char* key, const std::string& value) {
   constexpr std::size_t longest = 255;  // of a file system
@@ -87,7 +91,7 @@ Dataset::Dataset(const std::string& path) : path_(path) {
 
 bool Dataset::Has(const Partition& partition, const std::string& identity) {
   constexpr int mostTries = 100;
-  const std::lock_guard lock(mutex_);
+  const std::lock_guard lock(writing);
   for (int tries = 1;; ++tries) {
     try {
       return IsIn(partition, identity);
@@ -102,7 +106,7 @@ bool Dataset::Has(const Partition& partition, const std::string& identity) {
 // one.
 bool Dataset::Put(const Partition& partition, const std::string& identity, std::string_view rows) {
   constexpr int mostTries = 100;
-  const std::lock_guard lock(mutex_);
+  const std::lock_guard lock(writing);
   const std::string folder = path_ + "/" + partition.Folder();
   const std::string place = fmt::format("{}/{}{}", folder, identity, extension);
   for (int tries = 1;; ++tries) {

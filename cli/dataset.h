@@ -4,7 +4,6 @@
 #pragma once
 
 #include <map>
-#include <mutex>
 #include <optional>
 #include <set>
 #include <string>
@@ -36,7 +35,7 @@ std::vector<std::string> NamesIn(const std::string& folder);
 // Of those the ones that hold rows.
 std::vector<std::string> TablesIn(const std::string& folder);
 
-// Several threads may use it.
+// Several threads may use it, and others at the same time: one thread of a process writes.
 class Dataset {
  public:
   // Makes the folder if it is missing. Throws Failure.
@@ -52,7 +51,6 @@ class Dataset {
   const std::set<std::string>& RecordingsOf(const std::string& folder, const std::string& joined);
 
   std::string path_;
-  std::mutex mutex_;
   std::map<std::string, std::set<std::string>> joined_;  // what joined files hold, by name
 };
 

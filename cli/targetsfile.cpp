@@ -5,9 +5,9 @@
 #include <link.h>
 #include <toml++/toml.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <optional>
 #include <vector>
 
 #include "analysis/meanings.h"
@@ -60,20 +60,27 @@ std::string Text(const toml::table& table, const char* key) {
   throw Mistake{node->source(), fmt::format("{}: expected a text", key)};
 }
 
-bool Names(const toml::table& entry, const std::string& target) {
+std::vector<std::string> NamesOf(const toml::table& entry) {
   const toml::array* const names = entry["names"].as_array();
   if (names == nullptr) throw Mistake{entry.source(), "names: expected a list of names or shell patterns"};
-  bool found = false;
+  std::vector<std::string> found;
   for (const toml::node& name : *names) {
     const auto pattern = name.value<std::string>();
     if (!pattern) throw Mistake{name.source(), "names: expected a text"};
-    found = found || analysis::MatchesPattern(*pattern, target);
+    found.push_back(*pattern);
   }
   return found;
 }
 
+std::int64_t Number(const toml::table& table, const char* key) {
+  const toml::node* const node = table.get(key);
+  if (node == nullptr) return 0;
+  if (const auto number = node->value_exact<std::int64_t>(); number && *number >= 0) return *number;
+  throw Mistake{node->source(), fmt::format("{}: expected a number", key)};
+}
+
 TargetNotes NotesIn(const toml::table& entry) {
-  const TargetNotes notes{Text(entry, "switches"), Text(entry, "idle")};
+  const TargetNotes notes{Text(entry, "switches"), Text(entry, "idle"), Number(entry, "kernels")};
   std::string mistake;
   if (!notes.switches.empty() && !analysis::Meanings::Parse(notes.switches, mistake)) {
     throw Mistake{entry.get("switches")->source(), "switches: " + mistake};
@@ -81,45 +88,61 @@ TargetNotes NotesIn(const toml::table& entry) {
   return notes;
 }
 
-// All of the file is checked, whatever the target: a mistake shows when it is made.
-std::optional<TargetNotes> Search(const toml::table& file, const std::string& target) {
-  std::optional<TargetNotes> notes;
+struct Target {
+  std::vector<std::string> names;  // or patterns
+  TargetNotes notes;
+};
+
+// All of the file is checked, whatever is looked for: a mistake shows when it is made.
+std::vector<Target> TargetsIn(const toml::table& file) {
   const toml::node* const entries = file.get("target");
   if (entries == nullptr || !entries->is_array_of_tables()) {
     throw Mistake{file.source(), "expected [[target]]"};
   }
+  std::vector<Target> targets;
   for (const toml::node& node : *entries->as_array()) {
     const toml::table& entry = *node.as_table();
-    const TargetNotes found = NotesIn(entry);
-    if (Names(entry, target) && !notes) notes = found;
+    const TargetNotes notes = NotesIn(entry);
+    targets.push_back({NamesOf(entry), notes});
   }
-  return notes;
+  return targets;
 }
 
-std::optional<TargetNotes> SearchFile(const std::string& path, const std::string& target) {
+// Of a file that is not there, or passed over, none.
+std::vector<Target> ReadTargets(const std::string& path) {
   const auto warn = [&](const toml::source_region& where, std::string_view expected) {
     PrintWarning(fmt::format("{}:{}: {} (the file is passed over)", SafeText(path), where.begin.line,
                              SafeText(expected)));
   };
   std::error_code error;
-  if (!fs::exists(path, error)) return std::nullopt;
+  if (!fs::exists(path, error)) return {};
   try {
-    return Search(toml::parse_file(path), target);
+    return TargetsIn(toml::parse_file(path));
   } catch (const Mistake& mistake) {
     warn(mistake.where, mistake.expected);
   } catch (const toml::parse_error& parseError) {
     warn(parseError.source(), parseError.description());
   }
-  return std::nullopt;
+  return {};
 }
 
 }  // namespace
 
 TargetNotes NotesOn(const std::string& target) {
-  for (const std::string& place : Places()) {
-    if (const auto notes = SearchFile(place, target)) return *notes;
-  }
+  const auto isIt = [&](const std::string& name) { return analysis::MatchesPattern(name, target); };
+  for (const std::string& place : Places())
+    for (const Target& known : ReadTargets(place))
+      if (std::any_of(known.names.begin(), known.names.end(), isIt)) return known.notes;
   return {};
+}
+
+std::vector<std::string> TargetNames() {
+  std::vector<std::string> names;
+  for (const std::string& place : Places())
+    for (const Target& target : ReadTargets(place))
+      for (const std::string& name : target.names)
+        if (name.find_first_of("*?[\\") == std::string::npos) names.push_back(name);
+  return names;
 }
 
 }  // namespace cli

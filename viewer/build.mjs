@@ -12,8 +12,16 @@ const esbuild = createRequire(join(modules, "x.js"))("esbuild");
 
 function bundle(entry, options = {}) {
   const result = esbuild.buildSync({
-    entryPoints: [join(here, "src", entry)], bundle: true, minify: true, format: "iife", target: ["chrome110", "firefox115"],
-    write: false, charset: "utf8", legalComments: "none", logLevel: "warning", ...options,
+    entryPoints: [join(here, "src", entry)],
+    bundle: true,
+    minify: true,
+    format: "iife",
+    target: ["chrome110", "firefox115"],
+    write: false,
+    charset: "utf8",
+    legalComments: "none",
+    logLevel: "warning",
+    ...options,
   });
   return result.outputFiles[0].text;
 }
@@ -26,13 +34,21 @@ function inElement(text) {
 }
 
 const script = inElement(bundle("main.ts"));
-const worker = inElement(bundle("worker/worker.ts", { alias: { bridge: join(bridge, "tasklog_bridge.js") }, external: ["fs", "path", "crypto"] }));
+const worker = inElement(
+  bundle("worker/worker.ts", {
+    alias: { bridge: join(bridge, "tasklog_bridge.js") },
+    external: ["fs", "path", "crypto"],
+  }),
+);
 const style = readFileSync(join(here, "style.css"), "utf8");
 const parts = {
-  script, worker, style,
+  script,
+  worker,
+  style,
   wasm: gzipSync(readFileSync(join(bridge, "tasklog_bridge.wasm")), { level: 9 }).toString("base64"),
   // Nothing is fetched, from nowhere: only these very scripts run, and the module in the worker.
-  csp: `default-src 'none'; script-src ${hash(script)} 'wasm-unsafe-eval'; worker-src blob:; style-src ${hash(style)}; ` +
+  csp:
+    `default-src 'none'; script-src ${hash(script)} 'wasm-unsafe-eval'; worker-src blob:; style-src ${hash(style)}; ` +
     "connect-src 'none'; img-src 'none'; base-uri 'none'; form-action 'none'",
 };
 const page = readFileSync(join(here, "page.html"), "utf8").replace(/@(\w+)@/g, (_, name) => parts[name]);

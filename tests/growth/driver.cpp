@@ -2,7 +2,6 @@
 // Every count is dumped under "operation/entries/tasks". Run by growth_test.
 #include <tasklog/tasklog.h>
 #include <unistd.h>
-#include <valgrind/callgrind.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -13,6 +12,7 @@
 
 #include "analysis/findings.h"
 #include "analysis/statistics.h"
+#include "growth/counting.h"
 #include "growth/machine.h"
 #include "growth/shapes.h"
 #include "growth/sizes.h"
@@ -53,16 +53,6 @@ Log FilledLog(Setting setting) {
   Log log = NewLog();
   Acquire(log, 1);
   return log;
-}
-
-template <class Operation>
-void Count(const std::string& name, Setting setting, Operation operation) {
-  const std::string label = LabelOf(name, setting);
-  CALLGRIND_TOGGLE_COLLECT;
-  CALLGRIND_ZERO_STATS;
-  operation();
-  CALLGRIND_DUMP_STATS_AT(label.c_str());
-  CALLGRIND_TOGGLE_COLLECT;
 }
 
 void CountAppends(Setting setting) {
@@ -126,6 +116,8 @@ void CountFile(const FileShape& shape, Setting setting, const char* path) {
   Count(label + ": load", setting, [&] { Check(TLTaskLogAppendFromFile(log.get(), path)); });
   Count(label + ": load again", setting, [&] { Check(TLTaskLogAppendFromFile(log.get(), path)); });
   CountAnalyses(label, setting, path);
+  CountExports(label + ": ", setting, path);
+  CountRepairs(label + ": ", setting, path);
   Count(label + ": save", setting, [&] { Check(TLTaskLogSaveAsFile(log.get(), path)); });
 }
 
@@ -195,6 +187,11 @@ int Run() {
   for (const Setting setting : linearSettings) {
     CountAppends(setting);
     CountFiles(setting, path);
+  }
+  for (const Setting setting : exportSettings) {
+    Check(TLTaskLogSaveAsFile(FilledLog(setting).get(), path));
+    CountExports("export ", setting, path);
+    CountRepairs("", setting, path);
   }
   for (const std::size_t factor : {1, 2, 4}) {
     for (const RingShape& shape : ringShapes) CountRing(shape, {factor * SmallestShape(false), 0}, path);

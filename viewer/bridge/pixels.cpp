@@ -22,7 +22,9 @@ enum SliceFlag : std::int32_t { fadesIn = 1, fadesOut = 2 };
 
 constexpr std::uint32_t opaque = 255;
 constexpr std::uint32_t pale = 84;  // of a job that is kept waiting
-constexpr long leastBar = 2;        // pixels: whatever is there is seen
+constexpr Rgb idleBars = 0x87919E;  // seen on light and dark paper
+constexpr std::uint32_t idleOpacity = 60;
+constexpr long leastBar = 2;  // pixels: whatever is there is seen
 constexpr double leastLabelled = 34;
 
 constexpr std::uint32_t BytesOf(Rgb colour, std::uint32_t opacity) {
@@ -58,7 +60,7 @@ class Bars {
 // Writes the rows of one lane, whose runs are looked up once.
 class LanePixels {
  public:
-  // `labels` counts the texts of all rows.
+  // `labels` counts the lengths in the JSON.
   LanePixels(const ViewedLane& lane, const timeline::Window& window, Answer& answer, std::int32_t& labels)
       : lane_(lane),
         window_(window),
@@ -130,10 +132,11 @@ class LanePixels {
 
   void AddTaskRow(TaskIndex task, Bars& bars) {
     const bool isIdle = task == lane_.Of().conventions.idle;
-    const Rgb colour = isIdle ? timeline::idleColour : ColourOf(task);
-    AddShares(timeline::LayerOf(Track(task).jobs, window_), bars, BytesOf(colour, pale), jobSlice, task);
+    AddShares(timeline::LayerOf(Track(task).jobs, window_), bars, BytesOf(ColourOf(task), pale), jobSlice,
+              task);
     AddSlices(timeline::LayerOf(Track(task).waits, window_), waitSlice, task);
-    AddShares(timeline::LayerOf(Track(task).runs, window_), bars, BytesOf(colour, opaque), runSlice, task);
+    AddShares(timeline::LayerOf(Track(task).runs, window_), bars,
+              isIdle ? BytesOf(idleBars, idleOpacity) : BytesOf(ColourOf(task), opaque), runSlice, task);
   }
 
   void AddShares(const Layer& layer, Bars& bars, std::uint32_t bytes, SliceKind kind, TaskIndex task) {
@@ -162,12 +165,12 @@ class LanePixels {
     ++slices_;
   }
 
-  // The length of a run that has room for it: its number among the texts; -1: none.
+  // The length of a run that has room for it: its number in the JSON; -1: none.
   std::int32_t LabelOf(SliceKind kind, TaskIndex task, const timeline::Slice& slice) {
     if (kind != runSlice || slice.fadesIn || slice.fadesOut || slice.end - slice.begin < leastLabelled)
       return -1;
     const timeline::Spans& runs = Track(task).runs;
-    answer_.json.Text(lane_.Of().LengthText(runs.EndOf(slice.index) - runs.BeginOf(slice.index)));
+    answer_.json.Ticks(runs.EndOf(slice.index) - runs.BeginOf(slice.index));
     return labels_++;
   }
 

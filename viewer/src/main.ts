@@ -27,21 +27,40 @@ const toolbar = makeToolbar(byId("toolbar"), { store, actions, client }, () => c
 makeSidebar(byId("sidebar"), { store, actions, client });
 makeNotes(area, scene, store);
 listenToKeys({
-  actions, pointerShare: () => pointer.share(), height: () => plotHeight(scene.size),
-  focusFilter: () => toolbar.focusFilter(), toggleHelp: help,
+  actions,
+  pointerShare: () => pointer.share(),
+  height: () => plotHeight(scene.size),
+  focusFilter: () => toolbar.focusFilter(),
+  toggleHelp: help,
 });
 client.onWarning = line => store.set({ problems: [...store.now.problems, line] });
 
 const findingsOfLane = 50;
 
 async function open(what: Embedded | Chosen): Promise<void> {
-  store.set({ phase: "loading", problems: [], recording: null, rows: [], selection: null, picked: null, shownJob: null, stats: null, findings: null });
+  store.set({
+    phase: "loading",
+    problems: [],
+    recording: null,
+    rows: [],
+    selection: null,
+    picked: null,
+    shownJob: null,
+    stats: null,
+    findings: null,
+  });
   try {
     await client.store(what.files);
     const { files: _, ...keys } = what;
     const description = (await client.call("open", keys)).json;
     const group = description.groups[0];
-    store.set({ phase: description.lanes.length > 0 ? "ready" : "empty", problems: [...store.now.problems, ...description.problems], recording: description, group: 0, scrollTop: 0 });
+    store.set({
+      phase: description.lanes.length > 0 ? "ready" : "empty",
+      problems: [...store.now.problems, ...description.problems],
+      recording: description,
+      group: 0,
+      scrollTop: 0,
+    });
     if (!group) return;
     actions.show({ from: BigInt(group.shownFrom), to: BigInt(group.shownTo) });
     store.set({ findings: (await client.call("explain", { limit: findingsOfLane })).json });

@@ -8,6 +8,9 @@ export const laneRunsHeight = 24;
 export const bracketHeight = 5;
 export const runsHeight = (isLane: boolean): number => (isLane ? laneRunsHeight : taskRunsHeight);
 
-export interface Size { width: number; height: number }
+export interface Size {
+  width: number;
+  height: number;
+}
 export const plotWidth = (size: Size): number => Math.max(1, Math.floor(size.width - labelWidth));
 export const plotHeight = (size: Size): number => Math.max(1, size.height - rulerHeight);

@@ -9,6 +9,8 @@ import { css, font, theme } from "./theme";
 
 type Context = CanvasRenderingContext2D;
 
+const denseDistance = 50; // pixels between the marks of a row: closer ones are pale and have no arrows
+
 // Text that is cut where there is no room.
 export function fitted(context: Context, text: string, width: number): string {
   if (context.measureText(text).width <= width) return text;
@@ -22,8 +24,13 @@ export function fitted(context: Context, text: string, width: number): string {
 }
 
 export class Overlay {
-  constructor(private readonly context: Context, private readonly size: Size, private readonly state: State,
-              private readonly picture: Picture, private readonly range: TimeRange) {}
+  constructor(
+    private readonly context: Context,
+    private readonly size: Size,
+    private readonly state: State,
+    private readonly picture: Picture,
+    private readonly range: TimeRange,
+  ) {}
 
   draw(axis: AxisTick[]): void {
     const { context, size } = this;
@@ -134,6 +141,7 @@ export class Overlay {
     const { context } = this;
     const isLane = place.task === null;
     const middle = this.topOf(row.index) + runsTop + runsHeight(isLane) / 2;
+    const ticksPerSecond = groupOf(this.state)?.ticksPerSecond ?? null;
     context.textAlign = "center";
     for (const slice of row.slices) {
       const left = Math.max(slice.begin, 0);
@@ -141,7 +149,11 @@ export class Overlay {
       const task = lane.tasks[slice.task];
       if (slice.kind === SliceKind.gap && isLane) this.drawGapLabel(left, right, middle);
       if (slice.kind !== SliceKind.run || !task || right - left < 24) continue;
-      const text = isLane ? fitted(context, task.label, right - left - 8) : slice.label ?? "";
+      const text = isLane
+        ? fitted(context, task.label, right - left - 8)
+        : slice.length
+          ? lengthText(BigInt(slice.length), ticksPerSecond)
+          : "";
       context.font = font(isLane ? 12 : 11);
       if (text === "" || (!isLane && context.measureText(text).width > right - left - 4)) continue;
       context.fillStyle = task.isIdle ? theme().faint : css(task.ink);
@@ -168,12 +180,15 @@ export class Overlay {
     const place = this.picture.rows[row.index];
     if (!place) return;
     const bottom = this.topOf(row.index) + marksHeight;
+    const isDense = row.marks.length > this.picture.width / denseDistance;
     for (const mark of row.marks) {
       const x = labelWidth + mark.x;
+      this.context.globalAlpha = isDense && mark.kind !== MarkKind.issue ? 0.45 : 1;
       if (mark.kind === MarkKind.testpoint) this.drawTestpoint(x, bottom);
       else if (mark.kind === MarkKind.issue) this.drawFlag(x, bottom);
-      else this.drawEvent(x, bottom, mark, place.lane);
+      else this.drawEvent(x, bottom, mark, place.lane, isDense);
     }
+    this.context.globalAlpha = 1;
   }
 
   private drawTestpoint(x: number, bottom: number): void {
@@ -193,10 +208,13 @@ export class Overlay {
   }
 
   // A caret, and a line from the row of the task that ran when it was raised.
-  private drawEvent(x: number, bottom: number, mark: Mark, lane: number): void {
+  private drawEvent(x: number, bottom: number, mark: Mark, lane: number, isDense: boolean): void {
     const { context } = this;
     context.fillStyle = context.strokeStyle = theme().mark;
-    const from = mark.count > 1 ? -1 : this.picture.rows.findIndex(row => row.lane === lane && row.task === mark.running);
+    const from =
+      mark.count > 1 || isDense
+        ? -1
+        : this.picture.rows.findIndex(row => row.lane === lane && row.task === mark.running);
     if (from >= 0) {
       const start = this.topOf(from) + runsTop + runsHeight(false) / 2;
       context.globalAlpha = 0.35;
@@ -232,7 +250,12 @@ export class Overlay {
     const left = this.xOf(range.from);
     this.context.strokeStyle = theme().selectionEdge;
     this.context.lineWidth = 2;
-    this.context.strokeRect(left - 1, top - 1, Math.max(this.xOf(range.to) - left, 1) + 2, runsHeight(place.task === null) + 1 + below);
+    this.context.strokeRect(
+      left - 1,
+      top - 1,
+      Math.max(this.xOf(range.to) - left, 1) + 2,
+      runsHeight(place.task === null) + 1 + below,
+    );
   }
 
   private drawSelection(group: GroupInfo): void {

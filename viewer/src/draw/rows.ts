@@ -4,7 +4,13 @@ import { SliceKind, type FrameRow, type Slice } from "./frame";
 import { bracketHeight, labelWidth, rulerHeight, runsHeight, runsTop, type Size } from "./layout";
 import { css, strong, theme, type Theme } from "./theme";
 
-export interface Picture { frame: FrameRow[]; rows: Row[]; lanes: LaneInfo[]; scrollTop: number; width: number }
+export interface Picture {
+  frame: FrameRow[];
+  rows: Row[];
+  lanes: LaneInfo[];
+  scrollTop: number;
+  width: number;
+}
 
 const fadeWidth = 16;
 const leastBracket = 3;
@@ -36,7 +42,8 @@ function drawBars(context: CanvasRenderingContext2D, picture: Picture): void {
   const withBars = picture.frame.filter(row => row.bars);
   const height = withBars.reduce((sum, row) => sum + row.bars!.height, 0);
   if (height === 0) return;
-  if (!scratch || scratch.width !== picture.width || scratch.height < height) scratch = new OffscreenCanvas(picture.width, height + 64);
+  if (!scratch || scratch.width !== picture.width || scratch.height < height)
+    scratch = new OffscreenCanvas(picture.width, height + 64);
   const images = scratch.getContext("2d", { willReadFrequently: true })!;
   context.imageSmoothingEnabled = false;
   let y = 0;
@@ -56,7 +63,14 @@ function topOf(picture: Picture, index: number): number {
   return rulerHeight + (picture.rows[index]?.top ?? 0) - picture.scrollTop;
 }
 
-function drawFades(context: CanvasRenderingContext2D, slice: Slice, left: number, right: number, top: number, height: number): void {
+function drawFades(
+  context: CanvasRenderingContext2D,
+  slice: Slice,
+  left: number,
+  right: number,
+  top: number,
+  height: number,
+): void {
   const width = Math.min(fadeWidth, right - left);
   const { paper } = theme();
   const fade = (from: number, to: number): void => {
@@ -70,7 +84,14 @@ function drawFades(context: CanvasRenderingContext2D, slice: Slice, left: number
   if (slice.fadesOut) fade(right, right - width);
 }
 
-function drawWait(context: CanvasRenderingContext2D, colour: number, left: number, right: number, top: number, height: number): void {
+function drawWait(
+  context: CanvasRenderingContext2D,
+  colour: number,
+  left: number,
+  right: number,
+  top: number,
+  height: number,
+): void {
   context.fillStyle = theme().paper;
   context.fillRect(left, top, right - left, height);
   context.strokeStyle = strong(colour, 0.3);
@@ -82,7 +103,13 @@ function drawWait(context: CanvasRenderingContext2D, colour: number, left: numbe
   context.setLineDash([]);
 }
 
-function drawBracket(context: CanvasRenderingContext2D, slice: Slice, colour: number, top: number, width: number): void {
+function drawBracket(
+  context: CanvasRenderingContext2D,
+  slice: Slice,
+  colour: number,
+  top: number,
+  width: number,
+): void {
   const [left, right] = [Math.floor(Math.max(slice.begin, 0)) + 0.5, Math.ceil(Math.min(slice.end, width)) - 0.5];
   if (right - left < leastBracket) return;
   context.strokeStyle = strong(colour, 0.25);
@@ -121,7 +148,8 @@ function drawRow(context: CanvasRenderingContext2D, picture: Picture, row: Frame
     context.fillRect(left, top, right - left, height);
     context.globalAlpha = 1;
     if (slice.fadesIn || slice.fadesOut) drawFades(context, slice, left, right, top, height);
-    if (slice.kind === SliceKind.job && !isLane) drawBracket(context, slice, colour, top + height + bracketHeight - 1.5, picture.width);
+    if (slice.kind === SliceKind.job && !isLane)
+      drawBracket(context, slice, colour, top + height + bracketHeight - 1.5, picture.width);
   }
 }
 

@@ -9,7 +9,12 @@ import { Overlay } from "./overlay";
 import { drawRows, type Picture } from "./rows";
 import { darkMode } from "./theme";
 
-interface Shown { picture: Picture; axis: AxisTick[]; range: TimeRange; size: Size }
+interface Shown {
+  picture: Picture;
+  axis: AxisTick[];
+  range: TimeRange;
+  size: Size;
+}
 
 const labelDistance = 96; // pixels between times of the ruler, at least
 
@@ -20,8 +25,13 @@ export class Scene {
   private isScheduled = false;
   size: Size = { width: 1, height: 1 };
 
-  constructor(private readonly store: AppStore, private readonly client: Client, private readonly area: HTMLElement,
-              private readonly lower: HTMLCanvasElement, private readonly upper: HTMLCanvasElement) {
+  constructor(
+    private readonly store: AppStore,
+    private readonly client: Client,
+    private readonly area: HTMLElement,
+    private readonly lower: HTMLCanvasElement,
+    private readonly upper: HTMLCanvasElement,
+  ) {
     new ResizeObserver(() => this.resize()).observe(area);
     store.watch(["view", "rows", "scrollTop"], () => void this.refresh());
     store.watch(["selection", "picked", "shownJob", "pins"], () => this.scheduleUpper());
@@ -97,7 +107,8 @@ export class Scene {
 
   private drawUpper(): void {
     const upper = this.context(this.upper);
-    if (this.shown) new Overlay(upper, this.size, this.store.now, this.shown.picture, this.shown.range).draw(this.shown.axis);
+    if (this.shown)
+      new Overlay(upper, this.size, this.store.now, this.shown.picture, this.shown.range).draw(this.shown.axis);
     else upper.clearRect(0, 0, this.size.width, this.size.height);
   }
 }

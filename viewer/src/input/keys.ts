@@ -1,14 +1,30 @@
 // The keys, one a line: what `?` lists is this table.
 import type { Actions } from "../state/actions";
 
-export interface KeyContext { actions: Actions; pointerShare(): number; height(): number; focusFilter(): void; toggleHelp(): void }
-interface Key { keys: string[]; shown: string; help: string; run(context: KeyContext): void }
+export interface KeyContext {
+  actions: Actions;
+  pointerShare(): number;
+  height(): number;
+  focusFilter(): void;
+  toggleHelp(): void;
+}
+interface Key {
+  keys: string[];
+  shown: string;
+  help: string;
+  run(context: KeyContext): void;
+}
 
 const zoomStep = 0.75;
 const panStep = 0.15;
 
 export const keys: Key[] = [
-  { keys: ["w", "+"], shown: "W", help: "zoom in around the pointer", run: c => c.actions.zoom(zoomStep, c.pointerShare()) },
+  {
+    keys: ["w", "+"],
+    shown: "W",
+    help: "zoom in around the pointer",
+    run: c => c.actions.zoom(zoomStep, c.pointerShare()),
+  },
   { keys: ["s", "-"], shown: "S", help: "zoom out", run: c => c.actions.zoom(1 / zoomStep, c.pointerShare()) },
   { keys: ["a", "arrowleft"], shown: "A or ←", help: "earlier", run: c => c.actions.pan(-panStep) },
   { keys: ["d", "arrowright"], shown: "D or →", help: "later", run: c => c.actions.pan(panStep) },

@@ -10,15 +10,26 @@ import type { Hit } from "../worker/protocol";
 const leastDrag = 4; // pixels: less is a click
 const lineHeight = 16; // of a wheel that counts in lines
 
-interface Drag { x: number; y: number; isPan: boolean; isDrag: boolean; from: bigint }
+interface Drag {
+  x: number;
+  y: number;
+  isPan: boolean;
+  isDrag: boolean;
+  from: bigint;
+}
 
 export class Pointer {
   private drag: Drag | null = null;
   private x = 0.5; // share of the width
   private hitAsked = 0;
 
-  constructor(private readonly area: HTMLElement, private readonly scene: Scene, private readonly store: AppStore,
-              private readonly actions: Actions, private readonly client: Client) {
+  constructor(
+    private readonly area: HTMLElement,
+    private readonly scene: Scene,
+    private readonly store: AppStore,
+    private readonly actions: Actions,
+    private readonly client: Client,
+  ) {
     area.addEventListener("wheel", event => this.wheel(event), { passive: false });
     area.addEventListener("pointerdown", event => this.down(event));
     area.addEventListener("pointermove", event => this.move(event));
@@ -47,7 +58,10 @@ export class Pointer {
     event.preventDefault();
     const unit = event.deltaMode === 1 ? lineHeight : event.deltaMode === 2 ? plotHeight(this.scene.size) : 1;
     if (event.ctrlKey || event.metaKey) {
-      this.actions.zoom(Math.exp(Math.max(-200, Math.min(200, event.deltaY * unit)) * 0.004), this.shareOf(this.place(event).x));
+      this.actions.zoom(
+        Math.exp(Math.max(-200, Math.min(200, event.deltaY * unit)) * 0.004),
+        this.shareOf(this.place(event).x),
+      );
       return;
     }
     const [across, down] = event.shiftKey && event.deltaX === 0 ? [event.deltaY, 0] : [event.deltaX, event.deltaY];

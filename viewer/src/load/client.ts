@@ -1,7 +1,10 @@
 // The page's end of the bridge: typed calls, answered in order of their arrival.
 import type { CallName, Calls, FileToOpen, FromWorker, Reply, ToWorker } from "../worker/protocol";
 
-interface Waiting { resolve(message: FromWorker & { kind: "answer" }): void; reject(error: Error): void }
+interface Waiting {
+  resolve(message: FromWorker & { kind: "answer" }): void;
+  reject(error: Error): void;
+}
 
 export class Client {
   private readonly worker: Worker;

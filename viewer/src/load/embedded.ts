@@ -1,7 +1,12 @@
 // What the page itself carries: the module, the worker's script, and the recording if there is one.
 import type { FileToOpen } from "../worker/protocol";
 
-export interface Embedded { arguments: string[]; from?: string; to?: string; files: FileToOpen[] }
+export interface Embedded {
+  arguments: string[];
+  from?: string;
+  to?: string;
+  files: FileToOpen[];
+}
 
 // The text of an element, which is let go: it may be large.
 export function takeText(id: string): string {

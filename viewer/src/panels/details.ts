@@ -9,7 +9,18 @@ function neighbour(text: string, other: Neighbour | null, lane: number, context:
   const name = labelOf(context.store.now, lane, other.task);
   const go = (): void => {
     const row = context.store.now.rows.findIndex(row => row.lane === lane && row.task === other.task);
-    const hit: Hit = { kind: "run", row, lane, task: other.task, subject: null, index: other.index, count: 1, from: other.from, to: other.to, title: `${name} runs` };
+    const hit: Hit = {
+      kind: "run",
+      row,
+      lane,
+      task: other.task,
+      subject: null,
+      index: other.index,
+      count: 1,
+      from: other.from,
+      to: other.to,
+      title: `${name} runs`,
+    };
     context.actions.reveal({ from: BigInt(other.from), to: BigInt(other.to) });
     context.actions.pick(hit);
   };
@@ -18,14 +29,24 @@ function neighbour(text: string, other: Neighbour | null, lane: number, context:
 
 function fill(place: HTMLElement, hit: Hit, answer: DetailsOfSpan, context: PanelContext): void {
   place.append(element("h3", {}, [answer.title]));
-  if (answer.isCut) place.append(element("p", { class: "faint" }, ["It is cut by an end of the recording or by a gap."]));
-  place.append(neighbour("Before it ran", answer.before, hit.lane, context), neighbour("Behind it ran", answer.behind, hit.lane, context));
+  if (answer.isCut)
+    place.append(element("p", { class: "faint" }, ["It is cut by an end of the recording or by a gap."]));
+  place.append(
+    neighbour("Before it ran", answer.before, hit.lane, context),
+    neighbour("Behind it ran", answer.behind, hit.lane, context),
+  );
   if (!answer.parts) return;
-  place.append(table("Where its time went", [
-    { title: "Part", cell: part => part.kind },
-    { title: "By", cell: part => (part.task === null ? "" : labelOf(context.store.now, hit.lane, part.task)) },
-    { title: `Length (${answer.unit})`, isNumber: true, cell: part => part.length },
-  ], answer.parts));
+  place.append(
+    table(
+      "Where its time went",
+      [
+        { title: "Part", cell: part => part.kind },
+        { title: "By", cell: part => (part.task === null ? "" : labelOf(context.store.now, hit.lane, part.task)) },
+        { title: `Length (${answer.unit})`, isNumber: true, cell: part => part.length },
+      ],
+      answer.parts,
+    ),
+  );
 }
 
 export const details: Panel = {
@@ -34,7 +55,8 @@ export const details: Panel = {
   watches: ["picked"],
   async show(place, context, isCurrent) {
     const hit = context.store.now.picked;
-    if (!hit) return place.append(element("p", { class: "hint" }, ["Click a run, a job (the bracket below) or a mark."]));
+    if (!hit)
+      return place.append(element("p", { class: "hint" }, ["Click a run, a job (the bracket below) or a mark."]));
     const isSpan = hit.task !== null && ["run", "job", "wait"].includes(hit.kind);
     if (!isSpan) return place.append(element("h3", {}, [hit.title]));
     const keys = { lane: hit.lane, task: hit.task!, kind: hit.kind as SpanKind, index: hit.index };

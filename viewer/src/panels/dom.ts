@@ -2,7 +2,9 @@
 type Child = Node | string;
 
 export function element<Tag extends keyof HTMLElementTagNameMap>(
-  tag: Tag, attributes: Record<string, string> = {}, children: Child[] = [],
+  tag: Tag,
+  attributes: Record<string, string> = {},
+  children: Child[] = [],
 ): HTMLElementTagNameMap[Tag] {
   const made = document.createElement(tag);
   for (const [name, value] of Object.entries(attributes)) made.setAttribute(name, value);
@@ -22,14 +24,38 @@ export function swatch(colour: number): HTMLElement {
   return made;
 }
 
-export interface Column<Item> { title: string; isNumber?: boolean; cell(item: Item): Child }
+export interface Column<Item> {
+  title: string;
+  isNumber?: boolean;
+  cell(item: Item): Child;
+}
 
 export function table<Item>(caption: string, columns: Column<Item>[], items: Item[]): HTMLTableElement {
-  const cell = (tag: "td" | "th", column: Column<Item>, child: Child, attributes: Record<string, string> = {}): HTMLElement =>
-    element(tag, { ...attributes, ...(column.isNumber ? { class: "number" } : {}) }, [child]);
+  const cell = (
+    tag: "td" | "th",
+    column: Column<Item>,
+    child: Child,
+    attributes: Record<string, string> = {},
+  ): HTMLElement => element(tag, { ...attributes, ...(column.isNumber ? { class: "number" } : {}) }, [child]);
   return element("table", {}, [
     element("caption", {}, [caption]),
-    element("thead", {}, [element("tr", {}, columns.map(column => cell("th", column, column.title, { scope: "col" })))]),
-    element("tbody", {}, items.map(item => element("tr", {}, columns.map(column => cell("td", column, column.cell(item)))))),
+    element("thead", {}, [
+      element(
+        "tr",
+        {},
+        columns.map(column => cell("th", column, column.title, { scope: "col" })),
+      ),
+    ]),
+    element(
+      "tbody",
+      {},
+      items.map(item =>
+        element(
+          "tr",
+          {},
+          columns.map(column => cell("td", column, column.cell(item))),
+        ),
+      ),
+    ),
   ]);
 }

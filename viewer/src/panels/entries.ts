@@ -4,9 +4,17 @@ import type { Panel } from "./panel";
 
 const count = 60;
 
-interface Entry { ticks?: string; seconds?: string | number; type?: string; subject?: string; running?: string; [key: string]: unknown }
+interface Entry {
+  ticks?: string;
+  seconds?: string | number;
+  type?: string;
+  subject?: string;
+  running?: string;
+  [key: string]: unknown;
+}
 
-const text = (value: unknown): string => (value === null || value === undefined ? "" : typeof value === "object" ? JSON.stringify(value) : String(value));
+const text = (value: unknown): string =>
+  value === null || value === undefined ? "" : typeof value === "object" ? JSON.stringify(value) : String(value);
 
 export const entries: Panel = {
   name: "entries",
@@ -21,6 +29,12 @@ export const entries: Panel = {
     if (!isCurrent()) return;
     const rows = answer.entries as Entry[];
     const keys = Object.keys(rows[0] ?? {}).filter(key => rows.some(row => text(row[key]) !== ""));
-    place.append(table(`${of.name}: from ${answer.first} of ${answer.all}`, keys.map(key => ({ title: key, cell: (row: Entry) => text(row[key]) })), rows));
+    place.append(
+      table(
+        `${of.name}: from ${answer.first} of ${answer.all}`,
+        keys.map(key => ({ title: key, cell: (row: Entry) => text(row[key]) })),
+        rows,
+      ),
+    );
   },
 };

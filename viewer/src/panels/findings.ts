@@ -23,20 +23,31 @@ export const findings: Panel = {
   show(place, { store, actions }) {
     const state = store.now;
     if (!state.findings) {
-      place.append(element("p", { class: "hint" }, [state.phase === "ready" ? "Looking for what was late …" : "Open a recording first."]));
+      place.append(
+        element("p", { class: "hint" }, [
+          state.phase === "ready" ? "Looking for what was late …" : "Open a recording first.",
+        ]),
+      );
       return;
     }
     if (state.findings.findings.length === 0)
-      place.append(element("p", { class: "hint" }, ["Nothing was late: no finding, by the same rules as the command."]));
+      place.append(
+        element("p", { class: "hint" }, ["Nothing was late: no finding, by the same rules as the command."]),
+      );
     const list = element("ol", { class: "findings" });
     for (const finding of state.findings.findings) {
       const card = button("", () => actions.showFinding(finding), { class: "finding" });
       const colour = colourOf(state, finding);
       const head = element("span", { class: "finding-head" }, [
-        ...(colour === null ? [] : [swatch(colour)]), element("strong", {}, [finding.task ?? finding.lane]),
+        ...(colour === null ? [] : [swatch(colour)]),
+        element("strong", {}, [finding.task ?? finding.lane]),
         element("span", { class: "faint" }, [finding.lane]),
       ]);
-      card.append(head, element("span", { class: "verdict" }, [finding.verdict]), element("span", { class: "faint" }, [when(state, finding)]));
+      card.append(
+        head,
+        element("span", { class: "verdict" }, [finding.verdict]),
+        element("span", { class: "faint" }, [when(state, finding)]),
+      );
       list.append(element("li", {}, [card]));
     }
     place.append(list);

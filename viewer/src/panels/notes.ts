@@ -14,18 +14,25 @@ export function makeNotes(area: HTMLElement, scene: Scene, store: AppStore): voi
   store.watch(["said"], () => {
     if (live) live.textContent = store.now.said;
   });
-  store.watch(["problems"], () => problems.replaceChildren(...store.now.problems.map(line => element("p", {}, [line]))));
+  store.watch(["problems"], () =>
+    problems.replaceChildren(...store.now.problems.map(line => element("p", {}, [line]))),
+  );
   store.watch(["phase"], () => {
     empty.hidden = store.now.phase === "ready";
     const isEmpty = store.now.phase === "empty";
     empty.replaceChildren(
       element("h1", {}, [isEmpty ? "Drop a recording here" : "Reading …"]),
-      element("p", {}, [isEmpty ? "TaskLog files with their metadata, or the folder of a recording. Nothing leaves this page." : "The recording is unpacked and analysed in this page."]),
+      element("p", {}, [
+        isEmpty
+          ? "TaskLog files with their metadata, or the folder of a recording. Nothing leaves this page."
+          : "The recording is unpacked and analysed in this page.",
+      ]),
     );
   });
   store.watch(["hit", "pointer"], () => {
     const { hit, pointer } = store.now;
-    const text = hit?.title || (pointer && pointer.y < 0 && pointer.x >= 0 ? momentOf(store.now, pointer.x, scene.size) : "");
+    const text =
+      hit?.title || (pointer && pointer.y < 0 && pointer.x >= 0 ? momentOf(store.now, pointer.x, scene.size) : "");
     tip.hidden = !pointer || text === "";
     tip.textContent = text;
     if (!pointer) return;

@@ -3,7 +3,11 @@ import type { Client } from "../load/client";
 import type { Actions } from "../state/actions";
 import type { AppStore, State } from "../state/state";
 
-export interface PanelContext { store: AppStore; actions: Actions; client: Client }
+export interface PanelContext {
+  store: AppStore;
+  actions: Actions;
+  client: Client;
+}
 
 export interface Panel {
   name: string; // as State.panel

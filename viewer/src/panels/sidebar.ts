@@ -13,7 +13,8 @@ export function makeSidebar(place: HTMLElement, context: PanelContext): void {
   const tabs = element("div", { role: "tablist", "aria-label": "Panels", class: "tabs" });
   const body = element("div", { role: "tabpanel", class: "panel", tabindex: "0", "aria-labelledby": "" });
   const buttons = panels.map(panel =>
-    button(panel.title, () => actions.openPanel(panel.name), { role: "tab", id: `tab-${panel.name}` }));
+    button(panel.title, () => actions.openPanel(panel.name), { role: "tab", id: `tab-${panel.name}` }),
+  );
   tabs.append(...buttons);
   tabs.addEventListener("keydown", event => {
     const step = event.key === "ArrowRight" ? 1 : event.key === "ArrowLeft" ? panels.length - 1 : 0;

@@ -5,18 +5,38 @@ import type { RowOrder } from "../worker/protocol";
 import { button, element } from "./dom";
 import type { PanelContext } from "./panel";
 
-const orders: [RowOrder, string][] = [["priority", "By priority"], ["load", "By load"], ["name", "By name"], ["first", "By first run"]];
+const orders: [RowOrder, string][] = [
+  ["priority", "By priority"],
+  ["load", "By load"],
+  ["name", "By name"],
+  ["first", "By first run"],
+];
 
-export interface Toolbar { focusFilter(): void }
+export interface Toolbar {
+  focusFilter(): void;
+}
 
-export function makeToolbar(place: HTMLElement, { store, actions }: PanelContext, openFiles: () => void, help: () => void): Toolbar {
+export function makeToolbar(
+  place: HTMLElement,
+  { store, actions }: PanelContext,
+  openFiles: () => void,
+  help: () => void,
+): Toolbar {
   const title = element("strong", { class: "title" });
   const shown = element("span", { class: "faint shown" });
   const groups = element("select", { "aria-label": "Which lanes" });
   groups.addEventListener("change", () => actions.showGroup(Number(groups.value)));
-  const order = element("select", { "aria-label": "Order of rows" }, orders.map(([value, text]) => element("option", { value }, [text])));
+  const order = element(
+    "select",
+    { "aria-label": "Order of rows" },
+    orders.map(([value, text]) => element("option", { value }, [text])),
+  );
   order.addEventListener("change", () => actions.setOrder(order.value as RowOrder));
-  const filter = element("input", { type: "search", placeholder: "Filter tasks ( / )", "aria-label": "Filter tasks by name" });
+  const filter = element("input", {
+    type: "search",
+    placeholder: "Filter tasks ( / )",
+    "aria-label": "Filter tasks by name",
+  });
   filter.addEventListener("input", () => actions.setFilter(filter.value));
   filter.addEventListener("keydown", event => {
     if (event.key === "Escape") filter.blur();
@@ -24,22 +44,40 @@ export function makeToolbar(place: HTMLElement, { store, actions }: PanelContext
   const empty = element("input", { type: "checkbox" });
   empty.addEventListener("change", () => actions.setHidesEmpty(!empty.checked));
   place.append(
-    title, groups, shown, element("span", { class: "spring" }), filter, order, element("label", {}, [empty, " Empty rows"]),
-    button("All", () => actions.showAll(), { title: "Show all (0)" }), button("Open …", openFiles), button("?", help, { "aria-label": "Keys" }),
+    title,
+    groups,
+    shown,
+    element("span", { class: "spring" }),
+    filter,
+    order,
+    element("label", {}, [empty, " Empty rows"]),
+    button("All", () => actions.showAll(), { title: "Show all (0)" }),
+    button("Open …", openFiles),
+    button("?", help, { "aria-label": "Keys" }),
   );
   store.watch(["recording", "group"], () => {
     const { recording, group } = store.now;
     const lanes = recording?.lanes ?? [];
     title.textContent = lanes.length === 0 ? "tasklog" : lanes.length === 1 ? lanes[0]!.label : `${lanes.length} lanes`;
-    groups.replaceChildren(...(recording?.groups ?? []).map((_, i) =>
-      element("option", { value: `${i}` }, [lanes.filter(lane => lane.group === i).map(lane => lane.label).join(", ")])));
+    groups.replaceChildren(
+      ...(recording?.groups ?? []).map((_, i) =>
+        element("option", { value: `${i}` }, [
+          lanes
+            .filter(lane => lane.group === i)
+            .map(lane => lane.label)
+            .join(", "),
+        ]),
+      ),
+    );
     groups.value = `${group}`;
     groups.hidden = (recording?.groups.length ?? 0) < 2;
   });
   store.watch(["view", "recording", "group"], () => {
     const group = groupOf(store.now);
     const { view } = store.now;
-    shown.textContent = group ? `${timeText(view.from, group)} to ${timeText(view.to, group)}, ${lengthText(lengthOf(view), group.ticksPerSecond)}` : "";
+    shown.textContent = group
+      ? `${timeText(view.from, group)} to ${timeText(view.to, group)}, ${lengthText(lengthOf(view), group.ticksPerSecond)}`
+      : "";
   });
   return { focusFilter: () => filter.focus() };
 }

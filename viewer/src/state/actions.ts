@@ -8,8 +8,14 @@ export class Actions {
   private rowsAsked = 0;
   private statsAsked = 0;
 
-  constructor(private readonly store: AppStore, private readonly client: Client) {
-    store.watch(["recording", "group", "order", "hidesEmpty", "filter", "pins", "folded"], () => void this.updateRows());
+  constructor(
+    private readonly store: AppStore,
+    private readonly client: Client,
+  ) {
+    store.watch(
+      ["recording", "group", "order", "hidesEmpty", "filter", "pins", "folded"],
+      () => void this.updateRows(),
+    );
     store.watch(["recording", "selection"], () => void this.updateStats());
   }
 
@@ -64,9 +70,15 @@ export class Actions {
 
   // ---- Rows ----
 
-  setOrder(order: RowOrder): void { this.store.set({ order }); }
-  setFilter(filter: string): void { this.store.set({ filter, scrollTop: 0 }); }
-  setHidesEmpty(hidesEmpty: boolean): void { this.store.set({ hidesEmpty }); }
+  setOrder(order: RowOrder): void {
+    this.store.set({ order });
+  }
+  setFilter(filter: string): void {
+    this.store.set({ filter, scrollTop: 0 });
+  }
+  setHidesEmpty(hidesEmpty: boolean): void {
+    this.store.set({ hidesEmpty });
+  }
   togglePin(lane: number, task: number): void {
     this.store.set({ pins: toggled(this.store.now.pins, `${lane}:${task}`) });
   }
@@ -85,7 +97,9 @@ export class Actions {
     this.store.set({ selection: ordered, ...(ordered ? { panel: "statistics" } : {}) });
     const group = groupOf(this.store.now);
     if (ordered && group)
-      this.store.set({ said: `Selected ${lengthText(lengthOf(ordered), group.ticksPerSecond)} from ${timeText(ordered.from, group)}` });
+      this.store.set({
+        said: `Selected ${lengthText(lengthOf(ordered), group.ticksPerSecond)} from ${timeText(ordered.from, group)}`,
+      });
   }
   pick(hit: Hit | null): void {
     const isSpan = hit && (hit.kind === "run" || hit.kind === "job" || hit.kind === "wait");
@@ -94,7 +108,9 @@ export class Actions {
   clear(): void {
     this.store.set({ selection: null, picked: null, shownJob: null, hit: null });
   }
-  openPanel(panel: string): void { this.store.set({ panel }); }
+  openPanel(panel: string): void {
+    this.store.set({ panel });
+  }
 
   // ---- From one to the next ----
 
@@ -108,7 +124,8 @@ export class Actions {
   // The next run of the task whose run or job is picked.
   async stepRun(forward: boolean): Promise<void> {
     const { group, picked } = this.store.now;
-    if (!picked || picked.task === null) return this.store.set({ said: "Click a run first: then . and , go from run to run" });
+    if (!picked || picked.task === null)
+      return this.store.set({ said: "Click a run first: then . and , go from run to run" });
     const kind = picked.kind === "job" ? "job" : "run";
     const keys = { group, kind, at: BigInt(picked.from), forward, lane: picked.lane, task: picked.task } as const;
     const found = (await this.client.call("step", keys)).json;
@@ -119,7 +136,15 @@ export class Actions {
     const isMark = task === null;
     const title = isMark ? `timing issue ${labelOf(this.store.now, found.lane, found.subject)}` : "";
     this.reveal({ from: BigInt(found.from), to: BigInt(found.to) });
-    this.pick({ ...found, kind: found.kind as Hit["kind"], row, task, subject: isMark ? found.subject : null, count: 1, title });
+    this.pick({
+      ...found,
+      kind: found.kind as Hit["kind"],
+      row,
+      task,
+      subject: isMark ? found.subject : null,
+      count: 1,
+      title,
+    });
   }
 
   showFinding(finding: Finding): void {
@@ -143,7 +168,9 @@ export class Actions {
     const asked = ++this.rowsAsked;
     const { order, hidesEmpty, filter, pins, folded } = state;
     const range: { from: Ticks; to: Ticks } = { from: BigInt(group.from), to: BigInt(group.to) };
-    const rows = (await this.client.call("rows", { group: state.group, order, hidesEmpty, filter, pins, folded, ...range })).json;
+    const rows = (
+      await this.client.call("rows", { group: state.group, order, hidesEmpty, filter, pins, folded, ...range })
+    ).json;
     if (asked === this.rowsAsked) this.store.set({ rows });
   }
   private async updateStats(): Promise<void> {

@@ -2,7 +2,10 @@
 import type { Description, Findings, GroupInfo, Hit, Row, RowOrder, Stats, Ticks } from "../worker/protocol";
 import { Store } from "./store";
 
-export interface TimeRange { from: Ticks; to: Ticks }
+export interface TimeRange {
+  from: Ticks;
+  to: Ticks;
+}
 
 export interface State {
   phase: "empty" | "loading" | "ready";
@@ -32,9 +35,27 @@ export type AppStore = Store<State>;
 
 export function makeStore(): AppStore {
   return new Store<State>({
-    phase: "empty", problems: [], recording: null, group: 0, view: { from: 0n, to: 1n }, scrollTop: 0, order: "priority",
-    hidesEmpty: true, filter: "", pins: [], folded: [], rows: [], selection: null, picked: null, shownJob: null,
-    pointer: null, hit: null, stats: null, findings: null, panel: "findings", said: "",
+    phase: "empty",
+    problems: [],
+    recording: null,
+    group: 0,
+    view: { from: 0n, to: 1n },
+    scrollTop: 0,
+    order: "priority",
+    hidesEmpty: true,
+    filter: "",
+    pins: [],
+    folded: [],
+    rows: [],
+    selection: null,
+    picked: null,
+    shownJob: null,
+    pointer: null,
+    hit: null,
+    stats: null,
+    findings: null,
+    panel: "findings",
+    said: "",
   });
 }
 

@@ -11,7 +11,10 @@ export function scaled(ticks: Ticks, factor: number): Ticks {
 }
 
 export function clamped(range: TimeRange, group: GroupInfo): TimeRange {
-  const [first, last] = [BigInt(group.from), BigInt(group.to) > BigInt(group.from) ? BigInt(group.to) : BigInt(group.from) + 1n];
+  const [first, last] = [
+    BigInt(group.from),
+    BigInt(group.to) > BigInt(group.from) ? BigInt(group.to) : BigInt(group.from) + 1n,
+  ];
   const least = 4n; // ticks
   let length = lengthOf(range) < least ? least : lengthOf(range);
   if (length > last - first) length = last - first;
@@ -20,7 +23,12 @@ export function clamped(range: TimeRange, group: GroupInfo): TimeRange {
   return { from, to: from + length };
 }
 
-const units: [string, number][] = [["s", 1], ["ms", 1e3], ["µs", 1e6], ["ns", 1e9]];
+const units: [string, number][] = [
+  ["s", 1],
+  ["ms", 1e3],
+  ["µs", 1e6],
+  ["ns", 1e9],
+];
 
 // "1.234 ms"; ticks where the rate is unknown.
 export function lengthText(ticks: Ticks | number, ticksPerSecond: number | null): string {

@@ -28,6 +28,8 @@ declare module "bridge" {
     _TaskLogPixelCount(): number;
   }
   export default function createBridge(options: {
-    wasmBinary: Uint8Array; printErr(line: string): void; print(line: string): void;
+    wasmBinary: Uint8Array;
+    printErr(line: string): void;
+    print(line: string): void;
   }): Promise<Bridge>;
 }

@@ -5,63 +5,177 @@ export type Ticks = bigint;
 export type TicksText = string;
 
 // A `label` is safe to show; a `name` is what the JSON of statistics and findings says.
-export interface TaskInfo { name: string; label: string; priority: number; colour: number; ink: number; isIdle: boolean }
-export interface SubjectInfo { label: string; kind: "issue" | "testpoint" }
+export interface TaskInfo {
+  name: string;
+  label: string;
+  priority: number;
+  colour: number;
+  ink: number;
+  isIdle: boolean;
+}
+export interface SubjectInfo {
+  label: string;
+  kind: "issue" | "testpoint";
+}
 export interface LaneInfo {
-  name: string; label: string; group: number; startTicks: TicksText; stopTicks: TicksText;
-  entries: number; coverage: number; tasks: TaskInfo[];
+  name: string;
+  label: string;
+  group: number;
+  startTicks: TicksText;
+  stopTicks: TicksText;
+  entries: number;
+  coverage: number;
+  tasks: TaskInfo[];
   subjects: SubjectInfo[]; // their numbers follow those of the tasks
 }
 export interface GroupInfo {
-  from: TicksText; to: TicksText; origin: TicksText;
-  shownFrom: TicksText; shownTo: TicksText; // what --from and --to ask for
+  from: TicksText;
+  to: TicksText;
+  origin: TicksText;
+  shownFrom: TicksText;
+  shownTo: TicksText; // what --from and --to ask for
   ticksPerSecond: number; // 0: unknown
 }
-export interface Description { lanes: LaneInfo[]; groups: GroupInfo[]; problems: string[] }
+export interface Description {
+  lanes: LaneInfo[];
+  groups: GroupInfo[];
+  problems: string[];
+}
 
 export type RowOrder = "priority" | "load" | "name" | "first";
-export interface Row { lane: number; task: number | null; top: number; height: number }
+export interface Row {
+  lane: number;
+  task: number | null;
+  top: number;
+  height: number;
+}
 
-export interface WindowKeys { from: Ticks; length: Ticks; width: number }
-export interface AxisTick { x: number; label: string }
+export interface WindowKeys {
+  from: Ticks;
+  length: Ticks;
+  width: number;
+}
+export interface AxisTick {
+  x: number;
+  label: string;
+}
 
 export type SpanKind = "run" | "job" | "wait";
 export interface Hit {
   kind: "nothing" | SpanKind | "unknown" | "gap" | "event" | "testpoint" | "issue";
-  row: number; lane: number; task: number | null; subject: number | null;
-  index: number; count: number; from: TicksText; to: TicksText; title: string;
+  row: number;
+  lane: number;
+  task: number | null;
+  subject: number | null;
+  index: number;
+  count: number;
+  from: TicksText;
+  to: TicksText;
+  title: string;
 }
-export interface Neighbour { task: number; index: number; from: TicksText; to: TicksText }
-export interface Part { kind: string; task: number | null; ticks: TicksText; length: string }
+export interface Neighbour {
+  task: number;
+  index: number;
+  from: TicksText;
+  to: TicksText;
+}
+export interface Part {
+  kind: string;
+  task: number | null;
+  ticks: TicksText;
+  length: string;
+}
 export interface DetailsOfSpan {
-  title: string; from: TicksText; to: TicksText; begin: string; length: string; unit: string; isCut: boolean;
-  before: Neighbour | null; behind: Neighbour | null; parts?: Part[];
+  title: string;
+  from: TicksText;
+  to: TicksText;
+  begin: string;
+  length: string;
+  unit: string;
+  isCut: boolean;
+  before: Neighbour | null;
+  behind: Neighbour | null;
+  parts?: Part[];
 }
-export interface Found { lane: number; kind: string; subject: number; index: number; from: TicksText; to: TicksText }
-export interface Match { lane: number; kind: "task" | "testpoint" | "issue"; subject: number; name: string }
+export interface Found {
+  lane: number;
+  kind: string;
+  subject: number;
+  index: number;
+  from: TicksText;
+  to: TicksText;
+}
+export interface Match {
+  lane: number;
+  kind: "task" | "testpoint" | "issue";
+  subject: number;
+  name: string;
+}
 
 // As `tasklog stats --format json`; docs/json.md has all keys.
 export type Quantity = "execution" | "response" | "startLatency" | "activationInterval" | "run";
 export interface Summary {
-  count: number; min: TicksText | null; mean: number | null; p50: TicksText | null; p95: TicksText | null;
-  p99: TicksText | null; max: TicksText | null;
+  count: number;
+  min: TicksText | null;
+  mean: number | null;
+  p50: TicksText | null;
+  p95: TicksText | null;
+  p99: TicksText | null;
+  max: TicksText | null;
 }
-export type TaskStats = { name: string; priority: number; load: number | null; jobs: number } & Record<Quantity, Summary>;
-export interface LaneStats { lane: string; file: string; ticksPerSecond: number | null; coverage: number; busy: number | null; tasks: TaskStats[] }
-export interface Stats { schema: number; lanes: LaneStats[] }
+export type TaskStats = { name: string; priority: number; load: number | null; jobs: number } & Record<
+  Quantity,
+  Summary
+>;
+export interface LaneStats {
+  lane: string;
+  file: string;
+  ticksPerSecond: number | null;
+  coverage: number;
+  busy: number | null;
+  tasks: TaskStats[];
+}
+export interface Stats {
+  schema: number;
+  lanes: LaneStats[];
+}
 
 // As `tasklog explain --format json`.
-export interface Occurrence { activationTicks: TicksText; completionTicks: TicksText }
-export interface Finding {
-  task: string | null; lane: string; verdict: string; job: Occurrence; excessTicks: TicksText; sign: string;
-  issue: string | null; occurrences: Occurrence[]; confidence: number; coverage: number;
+export interface Occurrence {
+  activationTicks: TicksText;
+  completionTicks: TicksText;
 }
-export interface Findings { schema: number; lanes: { lane: string; jobs: number; findings: number }[]; findings: Finding[] }
+export interface Finding {
+  task: string | null;
+  lane: string;
+  verdict: string;
+  job: Occurrence;
+  excessTicks: TicksText;
+  sign: string;
+  issue: string | null;
+  occurrences: Occurrence[];
+  confidence: number;
+  coverage: number;
+}
+export interface Findings {
+  schema: number;
+  lanes: { lane: string; jobs: number; findings: number }[];
+  findings: Finding[];
+}
 
 export interface Calls {
   open: { keys: { arguments: string[]; from?: string; to?: string }; answer: Description };
   rows: {
-    keys: { group: number; order: RowOrder; from: Ticks; to: Ticks; hidesEmpty: boolean; filter: string; pins: string[]; folded: string[] };
+    keys: {
+      group: number;
+      order: RowOrder;
+      from: Ticks;
+      to: Ticks;
+      hidesEmpty: boolean;
+      filter: string;
+      pins: string[];
+      folded: string[];
+    };
     answer: Row[];
   };
   axis: { keys: WindowKeys & { group: number; distance: number }; answer: AxisTick[] };
@@ -69,13 +183,24 @@ export interface Calls {
   hit: { keys: WindowKeys & { x: number; y: number }; answer: Hit | null };
   details: { keys: { lane: number; task: number; kind: SpanKind; index: number }; answer: DetailsOfSpan };
   step: {
-    keys: { group: number; kind: "issue" | "testpoint" | "run" | "job"; at: Ticks; forward: boolean; lane?: number; task?: number; subject?: number };
+    keys: {
+      group: number;
+      kind: "issue" | "testpoint" | "run" | "job";
+      at: Ticks;
+      forward: boolean;
+      lane?: number;
+      task?: number;
+      subject?: number;
+    };
     answer: Found | null;
   };
   search: { keys: { text: string; limit: number }; answer: Match[] };
   stats: { keys: { from?: Ticks; to?: Ticks }; answer: Stats };
   explain: { keys: { limit: number }; answer: Findings };
-  entries: { keys: { lane: number; count: number; first?: number; time?: Ticks }; answer: { first: number; all: number; entries: object[] } };
+  entries: {
+    keys: { lane: number; count: number; first?: number; time?: Ticks };
+    answer: { first: number; all: number; entries: object[] };
+  };
 }
 export type CallName = keyof Calls;
 
@@ -89,12 +214,24 @@ export interface Reply<Name extends CallName> {
 }
 
 // A file of a recording: its bytes, or as the page carries them.
-export interface FileToOpen { path: string; bytes?: Blob; gzipText?: string }
+export interface FileToOpen {
+  path: string;
+  bytes?: Blob;
+  gzipText?: string;
+}
 
 export type ToWorker =
   | { kind: "start"; wasm: string }
   | { kind: "files"; id: number; files: FileToOpen[] }
   | { kind: "call"; id: number; name: string; keys: string };
 export type FromWorker =
-  | { kind: "answer"; id: number; text: string; ints: Int32Array; floats: Float32Array; pixels: Uint8ClampedArray; warnings: string[] }
+  | {
+      kind: "answer";
+      id: number;
+      text: string;
+      ints: Int32Array;
+      floats: Float32Array;
+      pixels: Uint8ClampedArray;
+      warnings: string[];
+    }
   | { kind: "error"; id: number; message: string };

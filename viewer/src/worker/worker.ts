@@ -94,7 +94,12 @@ async function handle(message: ToWorker): Promise<void> {
     const module = await bridge;
     if (message.kind === "call") return call(module, message.id, message.name, message.keys);
     for (const file of message.files) await store(module, file);
-    const nothing = { text: "null", ints: new Int32Array(), floats: new Float32Array(), pixels: new Uint8ClampedArray() };
+    const nothing = {
+      text: "null",
+      ints: new Int32Array(),
+      floats: new Float32Array(),
+      pixels: new Uint8ClampedArray(),
+    };
     send({ kind: "answer", id: message.id, ...nothing, warnings: [] });
   } catch (error) {
     send({ kind: "error", id: message.id, message: error instanceof Error ? error.message : String(error) });
