@@ -125,10 +125,9 @@ int Summarize(const Options& options) {
   crew.Work(threads);
   crew.ClearProgress();
   StdoutWriter out;
-  out.Print("{}: {} recordings added, {} already there, {} broken, {} not read; {} entries\n",
-            SafeText(options.output), crew.Count(Summarized::Outcome::added),
-            crew.Count(Summarized::Outcome::known), crew.Count(Summarized::Outcome::broken), crew.Failed(),
-            crew.Entries());
+  out.Print("{}: {} added, {} already there, {} broken, {} not read; {} entries\n", SafeText(options.output),
+            crew.Count(Summarized::Outcome::added), crew.Count(Summarized::Outcome::known),
+            crew.Count(Summarized::Outcome::broken), crew.Failed(), crew.Entries());
   out.Finish();
   if (StopRequests() > 0) throw Failure("interrupted; what was added stays, the next run goes on");
   return crew.Failed() > 0 ? exitFailure : exitSuccess;

@@ -111,7 +111,7 @@ void Compaction::Run(const std::function<void(double)>& progress,
     after_ += files.size();
     ++days_;
     try {
-      if (!files.empty() && !files.back().starts_with(joinedFolder)) Join(days[i], files);
+      if (files.size() > 1 && !files.back().starts_with(joinedFolder)) Join(days[i], files);
     } catch (const Failure& failure) {
       complain(failure.what());
     }
