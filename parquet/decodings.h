@@ -48,6 +48,7 @@ inline std::vector<std::uint64_t> GetHybrid(std::string_view bytes, std::size_t 
       bytes.remove_prefix(static_cast<std::size_t>(groups * width));
     } else {
       const std::uint64_t value = LittleEndianAt(bytes, 0, (width + 7) / 8);
+      if (value >> width) throw std::runtime_error("a number is wider than it is said to be");
       values.insert(values.end(), static_cast<std::size_t>(std::min<std::uint64_t>(word >> 1, left)), value);
       bytes.remove_prefix((width + 7) / 8);
     }

@@ -19,7 +19,8 @@ def view(dataset):
 def ask(packages, dataset, *statements):
     """The rows of each, as lists of dictionaries."""
     reader = str(ROOT / 'tests/exporters/readers/read')
-    done = subprocess.run([reader, os.path.abspath(packages), 'duckdb', view(dataset), *statements], capture_output=True, check=False)
+    asked = [reader, os.path.abspath(packages), 'duckdb', view(dataset), *statements]
+    done = subprocess.run(asked, capture_output=True, check=False)
     if done.returncode:
         raise RuntimeError(done.stderr.decode())
     return json.loads(done.stdout)[1:]
