@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "arrays.h"
+#include "cli/summarizer.h"
 #include "cli/text.h"
 #include "failures.h"
 #include "record.h"
@@ -83,6 +84,22 @@ std::string Metadata(const Lane& lane) {
   return lane.Loaded().metadata ? cli::ToJson(*lane.Loaded().metadata) : "";
 }
 
+// One recording into a dataset: what came of it, and how many entries it has.
+auto Summarize(const std::string& path, const std::string& dataset, const py::object& machine,
+               const py::object& day, const py::object& idle, const py::object& switches) {
+  static constexpr const char* names[] = {"added", "known", "broken"};
+  const AnalysisOptions options = OptionsOf(idle, switches);
+  const std::string machineName = TextOf(machine).value_or("");
+  const std::string dayName = TextOf(day).value_or("");
+  if (!dayName.empty() && !cli::IsDay(dayName)) throw cli::UsageError("day: a day is such as 2026-11-23");
+  const py::gil_scoped_release others;
+  return FailingAs("FileError", [&] {
+    cli::Dataset place(dataset);
+    const auto result = cli::Summarizer(options, machineName, dayName, place).Summarize(path);
+    return std::pair(names[static_cast<std::size_t>(result.outcome)], result.entries);
+  });
+}
+
 // A name as JSON has it.
 std::string JsonName(const py::object& name) { return cli::JsonString(BytesOf(name)); }
 
@@ -134,5 +151,6 @@ PYBIND11_MODULE(_native, module) {
   module.def("load", &Load);
   module.def("record", &RecordLoggers);
   module.def("json_name", &JsonName);
+  module.def("summarize", &Summarize);
   module.attr("version") = TASKLOG_VERSION;
 }

@@ -7,6 +7,7 @@ import sys
 import unittest
 
 import tasklog
+import tasklog.fleet
 import tasklog.log
 import tasklog.recording
 from support import pandas
@@ -24,7 +25,7 @@ def set_up(test):
 
 
 def load_tests(loader, tests, pattern):
-    for module in (tasklog, tasklog.log, tasklog.recording):
+    for module in (tasklog, tasklog.fleet, tasklog.log, tasklog.recording):
         tests.addTests(doctest.DocTestSuite(module, setUp=set_up, optionflags=FLAGS))
     if pandas:
         page = str(ROOT / "docs/python.md")
