@@ -35,13 +35,13 @@ void Add(PartsByWho& to, const std::vector<Part>& parts) {
   for (const Part& part : parts) to[{part.kind, part.task}].push_back(part.ticks);
 }
 
+}  // namespace
+
 PartKind KindOf(const Schedule& schedule, TaskIndex of, TaskIndex by) {
   const std::uint32_t own = schedule.PriorityOf(of);
   const std::uint32_t other = schedule.PriorityOf(by);
   return other > own ? PartKind::preemption : other < own ? PartKind::blocking : PartKind::sharing;
 }
-
-}  // namespace
 
 std::vector<Part> PartsIn(const Schedule& schedule, TaskIndex task, const Stretch& stretch) {
   const std::vector<Stretch> waits = schedule.WaitsIn(task, stretch);

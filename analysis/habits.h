@@ -13,6 +13,9 @@
 
 namespace analysis {
 
+// What a job of `of` that is ready suffers while `by` has the processor.
+PartKind KindOf(const Schedule& schedule, TaskIndex of, TaskIndex by);
+
 // What a job does in a stretch: execution first, then who else had the processor, by task, dispatch and
 // waiting.
 std::vector<Part> PartsIn(const Schedule& schedule, TaskIndex task, const Stretch& stretch);

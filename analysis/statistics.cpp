@@ -26,12 +26,17 @@ class Direct {
   Statistics& statistics_;
 };
 
+constexpr std::string_view quantityNames[] = {"execution", "response", "startLatency", "activationInterval",
+                                              "run"};
+
 }  // namespace
 
-std::string_view NameOf(Quantity quantity) {
-  static constexpr std::string_view names[] = {"execution", "response", "startLatency", "activationInterval",
-                                               "run"};
-  return names[static_cast<std::size_t>(quantity)];
+std::string_view NameOf(Quantity quantity) { return quantityNames[static_cast<std::size_t>(quantity)]; }
+
+std::optional<Quantity> QuantityNamed(std::string_view name) {
+  for (std::size_t i = 0; i < quantityCount; ++i)
+    if (name == quantityNames[i]) return static_cast<Quantity>(i);
+  return std::nullopt;
 }
 
 Statistics::Statistics(const Lane& lane, TaskIndex idle)
@@ -60,7 +65,7 @@ void Statistics::OnRun(const Run& run) {
 
 void Statistics::OnJob(const Job& job) {
   TaskStatistics& task = tasks_[job.task];
-  if (job.hasInterval) task.Of(Quantity::activationInterval).Add(job.interval, job.activation);
+  ForEachValue(job, [&](Quantity quantity, Ticks ticks) { task.Of(quantity).Add(ticks, job.activation); });
   if (!job.IsWhole()) {
     ++task.cut;
     return;
@@ -70,9 +75,6 @@ void Statistics::OnJob(const Job& job) {
   task.preemptions += job.preemptions;
   task.slices += job.slices;
   task.waits += job.waits;
-  task.Of(Quantity::execution).Add(job.execution, job.activation);
-  task.Of(Quantity::response).Add(job.Response(), job.activation);
-  task.Of(Quantity::startLatency).Add(job.StartLatency(), job.activation);
 }
 
 void Statistics::OnDropped(const Job& job) { ++tasks_[job.task].dropped; }

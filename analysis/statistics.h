@@ -16,6 +16,17 @@ namespace analysis {
 enum class Quantity : std::uint8_t { execution, response, startLatency, activationInterval, run };
 inline constexpr std::size_t quantityCount = 5;
 std::string_view NameOf(Quantity quantity);  // as in code and JSON: "startLatency"
+std::optional<Quantity> QuantityNamed(std::string_view name);
+
+// Calls `use(quantity, ticks)` for what a job counts in.
+template <class Use>
+void ForEachValue(const Job& job, Use use) {
+  if (job.hasInterval) use(Quantity::activationInterval, job.interval);
+  if (!job.IsWhole()) return;
+  use(Quantity::execution, job.execution);
+  use(Quantity::response, job.Response());
+  use(Quantity::startLatency, job.StartLatency());
+}
 
 struct TaskStatistics {
   Ticks loadTicks = 0;             // all its runs, cut ones too

@@ -38,7 +38,10 @@ LaneLoader::LaneLoader(const char* command, const AnalysisOptions& options)
 }
 
 AnalysedLane LaneLoader::Load(const Lane& source) {
-  auto loaded = std::make_shared<const LaneLog>(LoadLane(source));
+  return Of(source, std::make_shared<const LaneLog>(LoadLane(source)));
+}
+
+AnalysedLane LaneLoader::Of(const Lane& source, std::shared_ptr<const LaneLog> loaded) {
   const std::string doing = command_ + " of " + Quoted(source.shownAs);
   if (loaded->merged) {
     throw Failure(doing +

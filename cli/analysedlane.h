@@ -59,6 +59,8 @@ class LaneLoader {
 
   // Throws Failure: what cannot be read, and a file of several loggers.
   AnalysedLane Load(const Lane& source);
+  // The same of a lane that is loaded.
+  AnalysedLane Of(const Lane& source, std::shared_ptr<const LaneLog> loaded);
   // After the last lane. Throws Failure when no lane has the task that --idle names.
   void Finish() const;
 

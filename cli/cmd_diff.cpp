@@ -4,7 +4,7 @@
 #include <algorithm>
 
 #include "commandline.h"
-#include "diffformat.h"
+#include "difference.h"
 #include "gate.h"
 #include "stdoutwriter.h"
 #include "terminal.h"
@@ -12,8 +12,6 @@
 
 namespace cli {
 namespace {
-
-using analysis::Statistics;
 
 struct Options {
   AnalysisOptions common;  // its logs: A and B, with --base those of B
@@ -44,43 +42,14 @@ bool HasOneLaneEach(const Side& side) {
                      [](std::size_t count) { return count == 1; });
 }
 
-void RequireOneRate(const std::vector<AnalysedLane>& lanes, std::uint64_t rate) {
-  for (const AnalysedLane& lane : lanes) {
-    if (lane.lane.TicksPerSecond() != rate)
-      throw Failure("diff: " + Quoted(lane.source.shownAs) +
-                    " has another tick rate than the first log, so their ticks cannot be compared");
-  }
-}
-
-std::vector<Statistics> WalkAll(const std::vector<AnalysedLane>& lanes) {
-  std::vector<Statistics> statistics;
-  for (const AnalysedLane& lane : lanes) statistics.push_back(Statistics::Of(lane.lane, lane.conventions));
-  return statistics;
-}
-
-std::vector<analysis::LaneResult> ResultsOf(const std::vector<AnalysedLane>& lanes,
-                                            const std::vector<Statistics>& statistics, bool named) {
-  std::vector<analysis::LaneResult> results;
-  for (std::size_t i = 0; i < lanes.size(); ++i)
-    results.push_back({named ? lanes[i].source.name : "", &lanes[i].lane, &statistics[i]});
-  return results;
-}
-
 Difference CompareLogs(const Options& options, const std::vector<std::string>& before,
                        const std::vector<std::string>& after) {
   LaneLoader loader("diff", options.common);
   Side a = LoadSide(loader, before);
   Side b = LoadSide(loader, after);
   loader.Finish();
-  const std::uint64_t rate = a.lanes.front().lane.TicksPerSecond();
-  RequireOneRate(a.lanes, rate);
-  RequireOneRate(b.lanes, rate);
   const bool named = !HasOneLaneEach(a) || !HasOneLaneEach(b);
-  const std::vector<Statistics> ofA = WalkAll(a.lanes);
-  const std::vector<Statistics> ofB = WalkAll(b.lanes);
-  analysis::Comparison comparison =
-      analysis::Compare(ResultsOf(a.lanes, ofA, named), ResultsOf(b.lanes, ofB, named));
-  return {std::move(a.lanes), std::move(b.lanes), std::move(comparison), named};
+  return CompareSides(std::move(a.lanes), std::move(b.lanes), named);
 }
 
 int Judge(const std::optional<double>& failOver, const Difference& difference) {

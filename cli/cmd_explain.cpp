@@ -1,12 +1,12 @@
 // tasklog explain: what was late, and why.
 #include <algorithm>
 
-#include "bounds.h"
 #include "commandline.h"
 #include "explainformat.h"
+#include "explainquestion.h"
+#include "failure.h"
 #include "gate.h"
 #include "stdoutwriter.h"
-#include "suggest.h"
 #include "text.h"
 
 namespace cli {
@@ -14,68 +14,10 @@ namespace {
 
 struct Options {
   AnalysisOptions common;
-  std::optional<std::string> task;
-  std::optional<std::string> at;
-  std::optional<std::string> issue;
-  std::optional<std::string> over;
+  ExplainOptions asked;
   std::optional<std::string> against;
   std::string limit = "5";
   std::string format = "text";
-};
-
-// What is asked, as typed and then for each lane.
-class Asked {
- public:
-  explicit Asked(const Options& options) : options_(options), at_(CheckedBound("--at", options.at)) {
-    if (!options.over) return;
-    over_ = ParseDuration(*options.over);
-    if (!over_) throw UsageError("--over: " + Quoted(*options.over) + " is not a duration such as 2ms");
-  }
-
-  // Nothing where the lane does not have what is asked about.
-  std::optional<analysis::Question> For(const AnalysedLane& lane) {
-    analysis::Question question;
-    if (options_.task) {
-      const auto tasks = lane.lane.Names().TasksNamed(*options_.task);
-      for (const analysis::Task& task : lane.lane.Tasks()) tasksSeen_.push_back(task.name);
-      if (tasks.empty()) return std::nullopt;
-      taskFound_ = true;
-      question.task = tasks.front();
-    }
-    if (options_.issue) {
-      question.issues = lane.lane.Names().MarkSubjectsNamed(TLCatTimingIssue, *options_.issue);
-      for (const analysis::MarkSubject& mark : lane.lane.Names().MarkSubjects())
-        if (mark.kind == TLCatTimingIssue) issuesSeen_.push_back(mark.name);
-      if (question.issues.empty()) return std::nullopt;
-      issueFound_ = true;
-    }
-    if (at_) question.at = BoundsIn(lane.loaded->log, at_, {}, "explain", "explain").from;
-    if (over_) {
-      if (lane.lane.TicksPerSecond() == 0)
-        throw Failure("--over: the tick rate of " + Quoted(lane.source.shownAs) + " is unknown");
-      question.over = over_->Ticks(lane.lane.TicksPerSecond());
-    }
-    return question;
-  }
-
-  // After the last lane. Throws Failure.
-  void Finish() const {
-    if (options_.task && !taskFound_)
-      throw Failure("--task: there is no task " + Quoted(*options_.task) +
-                    Suggestion(*options_.task, tasksSeen_));
-    if (options_.issue && !issueFound_)
-      throw Failure("--issue: there is no timing issue " + Quoted(*options_.issue) +
-                    Suggestion(*options_.issue, issuesSeen_));
-  }
-
- private:
-  const Options& options_;
-  std::optional<TimePoint> at_;
-  std::optional<Duration> over_;
-  bool taskFound_ = false;
-  bool issueFound_ = false;
-  std::vector<std::string> tasksSeen_;
-  std::vector<std::string> issuesSeen_;
 };
 
 // The good log: of each lane the one of the same name, or the only one.
@@ -114,7 +56,7 @@ std::size_t CheckedLimit(const std::string& text) {
 
 int ExplainLogs(const Options& options) {
   LaneLoader loader("explain", options.common);
-  Asked asked(options);
+  ExplainQuestion asked(options.asked);
   const std::size_t limit = CheckedLimit(options.limit);
   const Good good(loader, options.against);
   StdoutWriter out;
@@ -145,11 +87,12 @@ int ExplainLogs(const Options& options) {
 Declared Declare(CLI::App& app) {
   const auto options = std::make_shared<Options>();
   DeclareAnalysisOptions(app, options->common);
-  app.add_option("--task", options->task, "Only what made this task late")->type_name("NAME");
-  app.add_option("--at", options->at, "Explain the jobs under way at this time")->type_name("TIME");
-  app.add_option("--issue", options->issue, "Explain the jobs under way at this timing issue")
+  app.add_option("--task", options->asked.task, "Only what made this task late")->type_name("NAME");
+  app.add_option("--at", options->asked.at, "Explain the jobs under way at this time")->type_name("TIME");
+  app.add_option("--issue", options->asked.issue, "Explain the jobs under way at this timing issue")
       ->type_name("NAME");
-  app.add_option("--over", options->over, "Explain all jobs that took longer: 2ms")->type_name("LENGTH");
+  app.add_option("--over", options->asked.over, "Explain all jobs that took longer: 2ms")
+      ->type_name("LENGTH");
   app.add_option("--against", options->against, "A good log, which says what is normal")->type_name("LOG");
   app.add_option("--limit", options->limit, "How many findings to tell of each lane (default: 5)")
       ->type_name("N");

@@ -105,10 +105,8 @@ Declared Declare(CLI::App& app) {
   app.add_option("--from", options->common.from,
                  "First time: 1.5s, 250ms or 12us from the start, or raw\nticks: 1000")
       ->type_name("TIME");
-  app.add_option("--task", options->tasks,
-                 "Only what concerns tasks whose names match this shell\npattern; may be repeated")
-      ->type_name("PATTERN")
-      ->allow_extra_args(false);
+  DeclareTaskPatterns(app, options->tasks,
+                      "Only what concerns tasks whose names match this shell\npattern; may be repeated");
   DeclareConventions(app, options->common);
   return {[options] { return Export(*options); }, {}, {{"--to", FormatNames()}}};
 }

@@ -7,14 +7,12 @@
 #include "commandline.h"
 #include "failure.h"
 #include "latencyformat.h"
+#include "latencyside.h"
 #include "stdoutwriter.h"
-#include "suggest.h"
 #include "text.h"
 
 namespace cli {
 namespace {
-
-using analysis::Selector;
 
 struct Options {
   AnalysisOptions common;
@@ -22,52 +20,6 @@ struct Options {
   std::string end;
   std::string worst = "10";
   std::string format = "text";
-};
-
-// One side of a latency, and whether some lane has it.
-class Side {
- public:
-  Side(const char* option, const std::string& text) {
-    std::string mistake;
-    const auto selector = Selector::Parse(text, mistake);
-    if (!selector) throw UsageError(std::string(option) + ": " + SafeText(mistake));
-    selector_ = *selector;
-  }
-
-  const Selector& Which() const { return selector_; }
-
-  bool IsIn(const analysis::Lane& lane) {
-    const bool found = !selector_.In(lane.Names()).empty();
-    isKnown_ |= found;
-    if (!found) Remember(lane.Names());
-    return found;
-  }
-
-  // Throws Failure when no lane has it.
-  void Finish() const {
-    if (isKnown_) return;
-    throw Failure(Quoted(selector_.Text()) + " is in no log" + Suggestion(selector_.Text(), seen_));
-  }
-
- private:
-  void Remember(const analysis::Subjects& names) {
-    Selector other = selector_;
-    const auto add = [&](const std::string& name) {
-      other.name = name;
-      seen_.push_back(other.Text());
-    };
-    const bool isMark =
-        selector_.kind == Selector::Kind::testpoint || selector_.kind == Selector::Kind::issue;
-    const ETLCatType kind = selector_.kind == Selector::Kind::issue ? TLCatTimingIssue : TLCatTestpoint;
-    for (const analysis::MarkSubject& mark : names.MarkSubjects())
-      if (isMark && mark.kind == kind) add(mark.name);
-    for (const analysis::Task& task : names.Tasks())
-      if (!isMark) add(task.name);
-  }
-
-  Selector selector_;
-  bool isKnown_ = false;
-  std::vector<std::string> seen_;
 };
 
 std::size_t CheckedWorst(const std::string& text) {
@@ -78,8 +30,8 @@ std::size_t CheckedWorst(const std::string& text) {
 
 int ShowLatencies(const Options& options) {
   LaneLoader loader("latencies", options.common);
-  Side begin("--begin", options.begin);
-  Side end("--end", options.end);
+  LatencySide begin("--begin", options.begin);
+  LatencySide end("--end", options.end);
   const std::size_t worst = CheckedWorst(options.worst);
   StdoutWriter out;
   const auto format = options.format == "json" ? MakeLatencyJson(out.Block(), begin.Which(), end.Which())

@@ -102,10 +102,7 @@ Declared Declare(CLI::App& app) {
   app.add_option("-o,--output", options->output, "The picture: a name that ends in .svg or .png")
       ->required()
       ->type_name("FILE");
-  app.add_option("--task", options->tasks,
-                 "Only tasks whose names match this shell pattern; may be\nrepeated")
-      ->type_name("PATTERN")
-      ->allow_extra_args(false);
+  DeclareTaskPatterns(app, options->tasks);
   app.add_option("--sort", options->sort, "priority (default), load, name or first (run)")->type_name("KEY");
   app.add_option("--width", options->width, "Pixels (default: 1600)")->type_name("N");
   return {[options] { return Plot(*options); }, {{"--sort", {"priority", "load", "name", "first"}}}};

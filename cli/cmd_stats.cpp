@@ -54,10 +54,7 @@ int Stats(const Options& options) {
 Declared Declare(CLI::App& app) {
   const auto options = std::make_shared<Options>();
   DeclareAnalysisOptions(app, options->common);
-  app.add_option("--task", options->tasks,
-                 "Only tasks whose names match this shell pattern; may be\nrepeated")
-      ->type_name("PATTERN")
-      ->allow_extra_args(false);
+  DeclareTaskPatterns(app, options->tasks);
   app.add_option("--sort", options->sort, "priority (default), load, response or name")->type_name("KEY");
   app.add_option("--format", options->format, "text (default), csv or json")->type_name("FORMAT");
   return {[options] { return Stats(*options); },

@@ -22,8 +22,8 @@ std::string Overview() {
   const auto row = [&](int width, const char* name, const char* summary) {
     fmt::format_to(std::back_inserter(text), "  {:<{}}{}\n", name, width, summary);
   };
-  for (const Command* command : Commands()) row(8, command->name, command->summary);
-  row(8, helpExtra.usage, helpExtra.summary);
+  for (const Command* command : Commands()) row(10, command->name, command->summary);
+  row(10, helpExtra.usage, helpExtra.summary);
   text += "\nOptions:\n";
   for (const Extra& option : optionExtras) row(13, option.usage, option.summary);
   return text + "\n" + programExamples;
@@ -140,9 +140,13 @@ Syntax::Syntax(const Command& command) : app(command.summary, std::string("taskl
 
 const std::vector<const Command*>& Commands() {
   static const std::vector<const Command*> commands = {
-      &startCommand,  &recordCommand, &infoCommand,    &listCommand, &statsCommand, &latencyCommand,
-      &checkCommand,  &diffCommand,   &explainCommand, &plotCommand, &viewCommand,  &topCommand,
-      &exportCommand, &verifyCommand, &repairCommand,  &cutCommand,  &joinCommand};
+      &startCommand,     &recordCommand,  &infoCommand,    &listCommand, &statsCommand, &latencyCommand,
+      &checkCommand,     &diffCommand,    &explainCommand, &plotCommand, &viewCommand,  &topCommand,
+      &exportCommand,    &verifyCommand,  &repairCommand,  &cutCommand,  &joinCommand,
+#ifdef TASKLOG_TABLES
+      &summarizeCommand, &compactCommand,
+#endif
+  };
   return commands;
 }
 

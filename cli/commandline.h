@@ -52,6 +52,8 @@ extern const Command verifyCommand;
 extern const Command repairCommand;
 extern const Command cutCommand;
 extern const Command joinCommand;
+extern const Command summarizeCommand;
+extern const Command compactCommand;
 
 const std::vector<const Command*>& Commands();  // in the order of the overview
 // Null when there is none.

@@ -20,10 +20,12 @@ void PrintLine(const std::string& line) {
   [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, line.data(), line.size());
 }
 
+thread_local WarningCollector* collector = nullptr;
+
 }  // namespace
 
 Failure::Failure(std::string_view doing, tasklog::Status status, std::string_view hint)
-    : runtime_error(Line(doing, StatusText(status), hint)) {}
+    : runtime_error(Line(doing, StatusText(status), hint)), status_(status) {}
 
 Failure Failure::System(std::string_view doing, int errorNumber) {
   return Failure(Line(doing, std::strerror(errorNumber), {}));
@@ -39,6 +41,16 @@ std::string StatusText(tasklog::Status status) {
 
 void PrintError(std::string_view line) { PrintLine(fmt::format("tasklog: {}\n", line)); }
 
-void PrintWarning(std::string_view line) { PrintLine(fmt::format("tasklog: warning: {}\n", line)); }
+void PrintWarning(std::string_view line) {
+  if (collector) {
+    collector->lines_.emplace_back(line);
+  } else {
+    PrintLine(fmt::format("tasklog: warning: {}\n", line));
+  }
+}
+
+WarningCollector::WarningCollector() { collector = this; }
+
+WarningCollector::~WarningCollector() { collector = nullptr; }
 
 }  // namespace cli

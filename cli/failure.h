@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 #include <tasklog/tasklog.hpp>
+#include <utility>
+#include <vector>
 
 namespace cli {
 
@@ -26,6 +28,11 @@ class Failure : public std::runtime_error {
   Failure(std::string_view doing, tasklog::Status status, std::string_view hint = {});
   // "<doing>: <text of errno>"
   static Failure System(std::string_view doing, int errorNumber);
+
+  tasklog::Status Status() const { return status_; }  // success where it was not a status that failed
+
+ private:
+  tasklog::Status status_;
 };
 
 // The reader of our output has gone: nothing is left to do and nobody is left to tell.
@@ -37,7 +44,22 @@ std::string StatusText(tasklog::Status status);
 // Prints "tasklog: <line>" to stderr.
 void PrintError(std::string_view line);
 
-// Prints "tasklog: warning: <line>" to stderr.
+// Prints "tasklog: warning: <line>" to stderr, unless somebody collects warnings.
 void PrintWarning(std::string_view line);
+
+// While it lives, it keeps the warnings of its thread, for programs whose stderr is not ours. One at a time.
+class WarningCollector {
+ public:
+  WarningCollector();
+  ~WarningCollector();
+  WarningCollector(const WarningCollector&) = delete;
+  WarningCollector& operator=(const WarningCollector&) = delete;
+
+  std::vector<std::string> Take() { return std::move(lines_); }
+
+ private:
+  friend void PrintWarning(std::string_view line);
+  std::vector<std::string> lines_;
+};
 
 }  // namespace cli

@@ -23,30 +23,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// "2024-05-31T12:34:56.789Z"
-std::string NowUtc() {
-  const auto now = std::chrono::floor<std::chrono::milliseconds>(std::chrono::system_clock::now());
-  const auto seconds = std::chrono::floor<std::chrono::seconds>(now);
-  return fmt::format("{:%FT%T}.{:03}Z", fmt::gmtime(std::chrono::system_clock::to_time_t(seconds)),
-                     (now - seconds).count());
-}
-
-Metadata FirstNotes(const RecordRequest& request, const std::vector<Logger>& loggers) {
-  const std::string target = WithoutKernelSuffix(request.target);
-  const TargetNotes notes = NotesOn(target);
-  Metadata metadata{.tool = "tasklog " TASKLOG_VERSION,
-                    .target = request.target,
-                    .startedAt = NowUtc(),
-                    .endedAt = {},
-                    .switches = notes.switches,
-                    .idleTask = notes.idleTask,
-                    .merged = request.merge,
-                    .endedBy = {},
-                    .loggers = {}};
-  for (const Logger logger : loggers) metadata.loggers.push_back({.name = logger.Name()});
-  return metadata;
-}
-
 bool GoesIntoFolder(const RecordRequest& request) {
   const bool several = request.loggers.all || request.loggers.loggers.size() > 1;
   return request.split.count() > 0 || (several && !request.merge);
@@ -82,8 +58,30 @@ std::string Described(const SavedFile& saved) {
 
 }  // namespace
 
+Metadata FirstNotes(const std::string& target, const std::vector<Logger>& loggers, bool merged) {
+  const TargetNotes notes = NotesOn(WithoutKernelSuffix(target));
+  Metadata metadata{.tool = "tasklog " TASKLOG_VERSION,
+                    .target = target,
+                    .startedAt = NowUtc(),
+                    .endedAt = {},
+                    .switches = notes.switches,
+                    .idleTask = notes.idleTask,
+                    .merged = merged,
+                    .endedBy = {},
+                    .loggers = {}};
+  for (const Logger logger : loggers) metadata.loggers.push_back({.name = logger.Name()});
+  return metadata;
+}
+
+std::string NowUtc() {
+  const auto now = std::chrono::floor<std::chrono::milliseconds>(std::chrono::system_clock::now());
+  const auto seconds = std::chrono::floor<std::chrono::seconds>(now);
+  return fmt::format("{:%FT%T}.{:03}Z", fmt::gmtime(std::chrono::system_clock::to_time_t(seconds)),
+                     (now - seconds).count());
+}
+
 Recorder::Recorder(const RecordRequest& request, const std::vector<Logger>& loggers)
-    : request_(request), loggers_(loggers), metadata_(FirstNotes(request, loggers)) {
+    : request_(request), loggers_(loggers), metadata_(FirstNotes(request.target, loggers, request.merge)) {
   if (request.split.count() > 0) {
     RefuseOldSegments(request.path, loggers);
     MakeFolder(request.path);

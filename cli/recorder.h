@@ -14,6 +14,12 @@
 
 namespace cli {
 
+// What is known before the first read: the time, the target, and what its notes say (targetsfile.h).
+Metadata FirstNotes(const std::string& target, const std::vector<Logger>& loggers, bool merged);
+
+// "2024-05-31T12:34:56.789Z"
+std::string NowUtc();
+
 class Recorder {
  public:
   // Prepares the place. Throws Failure when something is in the way.

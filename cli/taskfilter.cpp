@@ -1,11 +1,16 @@
 #include "taskfilter.h"
 
 #include "analysis/pattern.h"
+#include "commandline.h"
 #include "failure.h"
 #include "suggest.h"
 #include "text.h"
 
 namespace cli {
+
+void DeclareTaskPatterns(CLI::App& app, std::vector<std::string>& patterns, const char* help) {
+  app.add_option("--task", patterns, help)->type_name("PATTERN")->allow_extra_args(false);
+}
 
 using analysis::TaskIndex;
 

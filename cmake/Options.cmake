@@ -8,7 +8,11 @@ option(TASKLOG_VIEWER "Build the timeline page (emscripten, node, npm)" OFF)
 
 option(TASKLOG_BENCH "Build the benchmarks" OFF)
 
+option(TASKLOG_PYTHON "Build the Python package (pybind11, numpy)" OFF)
+
 option(TASKLOG_COVERAGE "Count which branches of the library are taken" OFF)
+
+option(TASKLOG_DEB "Lay out what is installed for Debian packages, and let CPack make them" OFF)
 
 option(TASKLOG_LINT "Run clang-tidy on each file of the library that is compiled" OFF)
 

@@ -3,6 +3,7 @@
 #include "analysis/walker.h"
 #include "clock.h"
 #include "labels.h"
+#include "marks.h"
 #include "outputfile.h"
 #include "text.h"
 #include "timeformat.h"
@@ -53,11 +54,10 @@ class LaneEvents : public analysis::Visitor {
     Slice(R"("Lost records")", "gap", processor_, gap.from, gap.to);
   }
   void OnMark(const analysis::Mark& mark) override {
-    const bool isEvent = mark.type == TLLogTaskEvent;
-    const TaskIndex task = isEvent ? mark.subject : mark.running;
-    if (!source_.Wants(task) || mark.subject == analysis::noSubject) return;
-    Begin(isEvent ? R"("event")" : names_[mark.subject], TypeName(mark.type),
-          task == analysis::noTask ? processor_ : TrackOf(task), mark.time);
+    const auto task = TaskOf(mark, source_);
+    if (!task) return;
+    Begin(mark.type == TLLogTaskEvent ? R"("event")" : names_[mark.subject], TypeName(mark.type),
+          *task == analysis::noTask ? processor_ : TrackOf(*task), mark.time);
     Append(R"(,"ph":"i","s":"t","args":{"ticks":")");
     AppendNumber(file_.Block(), mark.time);
     Append("\"}}");

@@ -5,6 +5,7 @@
 
 #include "analysis/walker.h"
 #include "clock.h"
+#include "marks.h"
 #include "perfettopackets.h"
 #include "text.h"
 
@@ -67,14 +68,14 @@ class LanePackets : public analysis::Visitor {
   }
 
   void OnMark(const analysis::Mark& mark) override {
+    const auto task = TaskOf(mark, source_);
+    if (!task) return;
     const bool isEvent = mark.type == TLLogTaskEvent;
-    const TaskIndex task = isEvent ? mark.subject : mark.running;
-    if (!source_.Wants(task) || mark.subject == analysis::noSubject) return;
     const std::uint64_t name = isEvent ? eventName : firstMarkName + (mark.subject - tasks_.size());
     const Category category = isEvent                       ? eventCategory
                               : mark.type == TLLogTestpoint ? testpointCategory
                                                             : issueCategory;
-    AddEvent(mark.time, perfetto::event::instant, TrackOf(task), name, category);
+    AddEvent(mark.time, perfetto::event::instant, TrackOf(*task), name, category);
   }
 
  private:

@@ -22,4 +22,14 @@ std::string_view Compressor::Compress(std::string_view bytes) {
   return {buffer_.data(), size};
 }
 
+std::string Decompress(std::string_view bytes, std::size_t size) {
+  // Before memory is taken for what a damaged file only says.
+  if (ZSTD_getFrameContentSize(bytes.data(), bytes.size()) != size)
+    throw std::runtime_error("zstd: a page has not the size that is stated");
+  std::string out(size, '\0');
+  const std::size_t got = ZSTD_decompress(out.data(), size, bytes.data(), bytes.size());
+  if (ZSTD_isError(got)) throw std::runtime_error(std::string("zstd: ") + ZSTD_getErrorName(got));
+  return out;
+}
+
 }  // namespace parquet

@@ -23,4 +23,7 @@ class Compressor {
   std::string buffer_;
 };
 
+// The reverse, into just so many bytes. Throws std::runtime_error.
+std::string Decompress(std::string_view bytes, std::size_t size);
+
 }  // namespace parquet

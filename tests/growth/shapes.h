@@ -17,7 +17,8 @@ struct RingShape {
   bool testpoints = false;  // as many as records
   std::string (*nameOf)(std::uint32_t index) = [](std::uint32_t) { return std::string("same"); };
   bool slicesDiffer = true;
-  std::size_t scale = 1;  // records in place of each one, where only more of them show the growth
+  std::size_t scale =
+      1;  // records in place of each one, where only more of them show the growth: of analyses
 };
 extern const std::span<const RingShape> ringShapes;
 

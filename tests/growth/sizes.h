@@ -17,12 +17,12 @@ inline constexpr std::size_t smallest = 8000;
 inline constexpr Setting linearSettings[] = {{smallest, 8},   {2 * smallest, 8},   {4 * smallest, 8},
                                              {smallest, 512}, {2 * smallest, 512}, {4 * smallest, 512}};
 // Of exports, of which there are many.
-inline constexpr std::size_t smallestExport = 2000;
+inline constexpr std::size_t smallestExport = 1000;
 inline constexpr Setting exportSettings[] = {{smallestExport, 8},       {2 * smallestExport, 8},
                                              {4 * smallestExport, 8},   {smallestExport, 512},
                                              {2 * smallestExport, 512}, {4 * smallestExport, 512}};
 // The same, of the shapes of shapes.h. The largest file has more records than the reader sorts at once.
-constexpr std::size_t SmallestShape(bool isFile) { return isFile ? 1100 : 800; }
+constexpr std::size_t SmallestShape(bool isFile) { return isFile ? 1100 : 400; }
 // Of operations that must not.
 inline constexpr std::size_t few = 4096;
 inline constexpr std::size_t many = 16 * few;

@@ -99,9 +99,9 @@ test("a run that is wider than a pixel has its task's colour, where its ticks li
       await client.call("step", { group: 0, lane, task, kind: "run", at: store.now.view.from, forward: true })
     ).json;
     const length = BigInt(found.to) - BigInt(found.from);
-    const before = Number(document.querySelector("#area").dataset.drawn);
     actions.show({ from: BigInt(found.from) - length, to: BigInt(found.to) + length }); // its middle third
-    while (Number(document.querySelector("#area").dataset.drawn) === before) await new Promise(requestAnimationFrame);
+    const wanted = `${store.now.view.from}-${store.now.view.to}`;
+    while (document.querySelector("#area").dataset.view !== wanted) await new Promise(requestAnimationFrame);
     const row = store.now.rows.find(row => row.lane === lane && row.task === task);
     const canvas = document.querySelector("#rows");
     const colourAt = share => {

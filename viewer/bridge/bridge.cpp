@@ -17,9 +17,11 @@ struct Entry {
 };
 
 constexpr Entry calls[] = {
-    {"open", Open},        {"rows", Rows},        {"axis", Axis},       {"pixels", Pixels},
-    {"hit", HitTest},      {"details", Details},  {"step", Step},       {"search", Search},
-    {"stats", Statistics}, {"explain", Findings}, {"entries", Entries}, {"load", Load},
+    {"open", Open},       {"group", Group},           {"rows", Rows},        {"visible", Visible},
+    {"axis", Axis},       {"pixels", Pixels},         {"hit", HitTest},      {"details", Details},
+    {"step", Step},       {"search", Search},         {"stats", Statistics}, {"explain", Findings},
+    {"diff", Diff},       {"histogram", Histogram},   {"places", Places},    {"pieces", Pieces},
+    {"entries", Entries}, {"entriesCsv", EntriesCsv}, {"load", Load},
 };
 
 Call Find(std::string_view name) {

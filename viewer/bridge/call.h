@@ -50,8 +50,10 @@ using Call = void (*)(Recording& recording, const Request& request, Answer& answ
 
 // open.cpp
 void Open(Recording& recording, const Request& request, Answer& answer);
+void Group(Recording& recording, const Request& request, Answer& answer);
 // rows.cpp
 void Rows(Recording& recording, const Request& request, Answer& answer);
+void Visible(Recording& recording, const Request& request, Answer& answer);
 void Axis(Recording& recording, const Request& request, Answer& answer);
 // pixels.cpp
 void Pixels(Recording& recording, const Request& request, Answer& answer);
@@ -64,9 +66,15 @@ void Search(Recording& recording, const Request& request, Answer& answer);
 // numbers.cpp
 void Statistics(Recording& recording, const Request& request, Answer& answer);
 void Findings(Recording& recording, const Request& request, Answer& answer);
+void Diff(Recording& recording, const Request& request, Answer& answer);
 // overview.cpp
 void Load(Recording& recording, const Request& request, Answer& answer);
+// spread.cpp
+void Histogram(Recording& recording, const Request& request, Answer& answer);
+void Places(Recording& recording, const Request& request, Answer& answer);
+void Pieces(Recording& recording, const Request& request, Answer& answer);
 // entries.cpp
 void Entries(Recording& recording, const Request& request, Answer& answer);
+void EntriesCsv(Recording& recording, const Request& request, Answer& answer);
 
 }  // namespace viewer

@@ -52,4 +52,14 @@ void Entries(Recording& recording, const Request& request, Answer& answer) {
   answer.json.EndObject();
 }
 
+// Keys: `lane`, `from`, `to`, both included. The CSV of `tasklog list` for that time.
+void EntriesCsv(Recording& recording, const Request& request, Answer& answer) {
+  const tasklog::Log& log = recording.LaneAt(request.Index("lane")).Of().loaded->log;
+  const auto format = cli::MakeEntryFormat(log, {.format = "csv"});
+  format->Begin(answer.text);
+  for (const auto& entry : log.Entries({.from = request.Time("from"), .to = request.Time("to")}))
+    format->Add(answer.text, entry);
+  format->End(answer.text);
+}
+
 }  // namespace viewer

@@ -25,17 +25,20 @@ void AddTask(cli::JsonWriter& json, const ViewedLane& lane, analysis::TaskIndex 
 
 void AddSubject(cli::JsonWriter& json, const analysis::MarkSubject& subject) {
   json.BeginRow();
+  json.Key("name").Text(subject.name);
   json.Key("label").Text(exporters::SafeText(subject.name));
   json.Key("kind").Text(subject.kind == TLCatTimingIssue ? "issue" : "testpoint");
   json.EndObject();
 }
 
-void AddLane(cli::JsonWriter& json, const ViewedLane& lane, std::size_t group) {
+void AddLane(cli::JsonWriter& json, const ViewedLane& lane, std::size_t group, std::size_t argument) {
   const cli::AnalysedLane& of = lane.Of();
   json.BeginRow();
   json.Key("name").Text(of.source.name);
+  json.Key("title").Text(exporters::SafeText(of.source.name));
   json.Key("label").Text(exporters::SafeText(of.source.shownAs));
   json.Key("group").Count(group);
+  json.Key("argument").Count(argument);
   json.Key("startTicks").Ticks(of.lane.StartTime());
   json.Key("stopTicks").Ticks(of.lane.StopTime());
   json.Key("entries").Count(of.loaded->log.EntriesCount());
@@ -70,17 +73,14 @@ void AddGroup(cli::JsonWriter& json, const cli::PlotGroup& group, const Request&
   json.EndObject();
 }
 
-}  // namespace
-
-// Keys: `arguments`, `from` and `to`, as the command takes them. The files are in the file system of the
-// module.
-void Open(Recording& recording, const Request& request, Answer& answer) {
-  recording.Open(request.Texts("arguments"));
-  cli::JsonWriter& json = answer.json;
+void Describe(const Recording& recording, const Request& request, cli::JsonWriter& json) {
   json.BeginObject();
+  json.Key("arguments").BeginArray();
+  for (const std::string& argument : recording.Arguments()) json.Text(exporters::SafeText(argument));
+  json.EndArray();
   json.Key("lanes").BeginArray();
   for (std::size_t i = 0; i < recording.Lanes().size(); ++i)
-    AddLane(json, *recording.Lanes()[i], recording.GroupOf(i));
+    AddLane(json, *recording.Lanes()[i], recording.GroupOf(i), recording.ArgumentOf(i));
   json.EndArray();
   json.Key("groups").BeginArray();
   for (const cli::PlotGroup& group : recording.Groups()) AddGroup(json, group, request);
@@ -89,6 +89,21 @@ void Open(Recording& recording, const Request& request, Answer& answer) {
   for (const std::string& problem : recording.Problems()) json.Text(problem);
   json.EndArray();
   json.EndObject();
+}
+
+}  // namespace
+
+// Keys: `arguments`, `from` and `to`, as the command takes them; with `adds` what is open stays, and the new
+// lanes are apart. The files are in the file system of the module.
+void Open(Recording& recording, const Request& request, Answer& answer) {
+  recording.Open(request.Texts("arguments"), request.Flag("adds"));
+  Describe(recording, request, answer.json);
+}
+
+// Keys: `separately`: whether lanes of different arguments are apart, though their times could be compared.
+void Group(Recording& recording, const Request& request, Answer& answer) {
+  recording.Group(request.Flag("separately"));
+  Describe(recording, request, answer.json);
 }
 
 }  // namespace viewer

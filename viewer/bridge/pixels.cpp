@@ -56,7 +56,7 @@ class LanePixels {
     answer_.ints.insert(answer_.ints.end(), {static_cast<std::int32_t>(index), 0, 0});
     Bars bars(image_, row);
     slices_ = marks_ = 0;
-    answer_.floats.push_back(static_cast<float>(row.IsLane() ? BusyShare() : LoadOf(row.task)));
+    answer_.floats.push_back(static_cast<float>(LoadOf(row)));
     row.IsLane() ? AddLaneRow(bars) : AddTaskRow(row.task, bars);
     AddGaps();
     AddMarks(row);
@@ -66,26 +66,11 @@ class LanePixels {
 
  private:
   const timeline::TaskTrack& Track(TaskIndex task) const { return lane_.Tracks().Tasks()[task]; }
+  double LoadOf(const PlacedRow& row) const {
+    return row.IsLane() ? lane_.BusyShare(window_.From(), window_.To())
+                        : lane_.LoadOf(row.task, window_.From(), window_.To());
+  }
   Rgb ColourOf(TaskIndex task) const { return timeline::ColourOf(lane_.Of().lane.Tasks()[task].name); }
-
-  // ---- Numbers beside the rows ----
-
-  double KnownTicks() const {
-    const Ticks from = std::max(window_.From(), lane_.Of().lane.StartTime());
-    const Ticks to = std::min(window_.To(), lane_.Of().lane.StopTime());
-    if (to <= from) return 0;
-    const Ticks unknown = lane_.gaps.TicksWithin(from, to) + lane_.Tracks().Unknown().TicksWithin(from, to);
-    return static_cast<double>(to - from - unknown);
-  }
-  double LoadOf(TaskIndex task) const {
-    const double known = KnownTicks();
-    if (known <= 0) return std::nan("");
-    return static_cast<double>(Track(task).runs.TicksWithin(window_.From(), window_.To())) / known;
-  }
-  double BusyShare() const {
-    const TaskIndex idle = lane_.Of().conventions.idle;
-    return idle == analysis::noTask ? std::nan("") : 1 - LoadOf(idle);
-  }
 
   // ---- Bars of what is narrower than a pixel ----
 
@@ -241,7 +226,7 @@ class LanePixels {
 
 }  // namespace
 
-// Keys: those of a window; `top` and `height`, the part of the rows that is seen, in pixels.
+// Keys: `pane`, those of a window; `top` and `height`, the part of the rows that is seen, in pixels.
 void Pixels(Recording& recording, const Request& request, Answer& answer) {
   const timeline::Window window = WindowOf(request);
   const double top = request.Number("top");
@@ -249,11 +234,12 @@ void Pixels(Recording& recording, const Request& request, Answer& answer) {
   Image image(answer, window.Width(), top, std::clamp(request.Number("height"), 1.0, tallest));
   answer.json.BeginArray();
   std::int32_t labels = 0;
-  for (std::size_t i = 0; i < recording.rows.size();) {
-    const std::size_t lane = recording.rows[i].lane;
+  const std::vector<PlacedRow>& rows = recording.RowsOf(request);
+  for (std::size_t i = 0; i < rows.size();) {
+    const std::size_t lane = rows[i].lane;
     LanePixels pixels(recording.LaneAt(lane), window, image, answer, labels);
-    for (; i < recording.rows.size() && recording.rows[i].lane == lane; ++i) {
-      const PlacedRow& row = recording.rows[i];
+    for (; i < rows.size() && rows[i].lane == lane; ++i) {
+      const PlacedRow& row = rows[i];
       if (row.top < bottom && row.top + row.Height() > top) pixels.Add(row, i);
     }
   }

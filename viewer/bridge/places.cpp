@@ -136,12 +136,13 @@ void AddParts(cli::JsonWriter& json, ViewedLane& lane, TaskIndex task, const ana
 
 }  // namespace
 
-// Keys: those of a window; `x` from its left end, `y` from the top of all rows.
+// Keys: `pane`, those of a window; `x` from its left end, `y` from the top of all rows.
 void HitTest(Recording& recording, const Request& request, Answer& answer) {
   const timeline::Window window = WindowOf(request);
   const double y = request.Number("y");
-  for (std::size_t i = 0; i < recording.rows.size(); ++i) {
-    const timeline::PlacedRow& row = recording.rows[i];
+  const std::vector<timeline::PlacedRow>& rows = recording.RowsOf(request);
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    const timeline::PlacedRow& row = rows[i];
     if (y < row.top || y >= row.top + row.Height()) continue;
     const ViewedLane& lane = recording.LaneAt(row.lane);
     return AddHit(answer.json, lane, row, i,

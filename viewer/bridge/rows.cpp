@@ -4,6 +4,7 @@
 
 #include "recording.h"
 #include "timeline/axis.h"
+#include "timeline/marks.h"
 
 namespace viewer {
 namespace {
@@ -44,11 +45,42 @@ void AddRow(cli::JsonWriter& json, const timeline::PlacedRow& row) {
   json.EndObject();
 }
 
+// How many of the spans and marks are seen from `from` to `to`.
+std::uint64_t CountIn(const timeline::Spans& spans, Ticks from, Ticks to) {
+  const std::size_t first = spans.FirstEndingAfter(from);
+  return std::max(spans.FirstBeginningAt(to), first) - first;
+}
+std::uint64_t CountIn(const timeline::Marks& marks, Ticks from, Ticks to) {
+  const std::size_t behind = to == UINT64_MAX ? marks.size() : timeline::FirstMarkAt(marks, to + 1);
+  return behind - std::min(timeline::FirstMarkAt(marks, from), behind);
+}
+
+void AddVisible(cli::JsonWriter& json, const ViewedLane& lane, const timeline::PlacedRow& row, Ticks from,
+                Ticks to) {
+  const timeline::Tracks& tracks = lane.Tracks();
+  json.BeginRow();
+  json.Key("lane").Count(row.lane);
+  json.Key("task");
+  row.IsLane() ? json.Null() : json.Count(row.task);
+  json.Key("load").Number(row.IsLane() ? lane.BusyShare(from, to) : lane.LoadOf(row.task, from, to));
+  if (!row.IsLane()) {
+    const timeline::TaskTrack& track = tracks.Tasks()[row.task];
+    json.Key("runs").Count(CountIn(track.runs, from, to));
+    json.Key("jobs").Count(CountIn(track.jobs, from, to));
+    json.Key("events").Count(CountIn(track.events, from, to));
+  }
+  const timeline::TaskTrack* track = row.IsLane() ? nullptr : &tracks.Tasks()[row.task];
+  json.Key("testpoints").Count(CountIn(track ? track->testpoints : tracks.LoneTestpoints(), from, to));
+  json.Key("issues").Count(CountIn(track ? track->issues : tracks.Issues(), from, to));
+  json.Key("gaps").Count(CountIn(lane.gaps, from, to));
+  json.EndObject();
+}
+
 }  // namespace
 
-// Keys: `group`; `order` as `tasklog plot --sort` has it; `from`, `to`; `hidesEmpty`; `filter`, a part of
-// names; `pins`, such as "0:3" for task 3 of lane 0; `folded`, lanes such as "0" that show no tasks. They
-// stay until the next call.
+// Keys: `pane`; `group`; `order` as `tasklog plot --sort` has it; `from`, `to`; `hidesEmpty`; `filter`, a
+// part of names; `pins`, such as "0:3" for task 3 of lane 0; `folded`, lanes such as "0" that show no tasks.
+// They stay until the next call.
 void Rows(Recording& recording, const Request& request, Answer& answer) {
   const std::size_t group = request.Index("group");
   recording.GroupAt(group);
@@ -60,7 +92,8 @@ void Rows(Recording& recording, const Request& request, Answer& answer) {
   std::vector<std::string> pins = request.Texts("pins");
   std::sort(pins.begin(), pins.end());
   const std::vector<std::string> folded = request.Texts("folded");
-  recording.rows.clear();
+  std::vector<timeline::PlacedRow>& rows = recording.RowsOf(request);
+  rows.clear();
   int top = 0;
   for (std::size_t lane = 0; lane < recording.Lanes().size(); ++lane) {
     if (recording.GroupOf(lane) != group) continue;
@@ -70,11 +103,19 @@ void Rows(Recording& recording, const Request& request, Answer& answer) {
     MovePinnedUp(tasks, lane, pins);
     if (std::count(folded.begin(), folded.end(), std::to_string(lane)) > 0) tasks.clear();
     const auto placed = timeline::Place(lane, tasks, top);
-    recording.rows.insert(recording.rows.end(), placed.begin(), placed.end());
+    rows.insert(rows.end(), placed.begin(), placed.end());
     top = placed.back().top + placed.back().Height() + laneGap;
   }
   answer.json.BeginArray();
-  for (const timeline::PlacedRow& row : recording.rows) AddRow(answer.json, row);
+  for (const timeline::PlacedRow& row : rows) AddRow(answer.json, row);
+  answer.json.EndArray();
+}
+
+// Keys: `pane`, `from`, `to`. The rows with what is seen of each between these times, in words of numbers.
+void Visible(Recording& recording, const Request& request, Answer& answer) {
+  answer.json.BeginArray();
+  for (const timeline::PlacedRow& row : recording.RowsOf(request))
+    AddVisible(answer.json, recording.LaneAt(row.lane), row, request.Time("from"), request.Time("to"));
   answer.json.EndArray();
 }
 

@@ -9,9 +9,11 @@ import { Client } from "./load/client";
 import { takeRecording, takeText, type Embedded } from "./load/embedded";
 import { makeHelp } from "./panels/help";
 import { makeNotes } from "./panels/notes";
+import { makeReport } from "./panels/report";
 import { makeSidebar } from "./panels/sidebar";
 import { makeToolbar } from "./panels/toolbar";
 import { makeSearch } from "./panels/search";
+import { makeSecondPane } from "./second";
 import { Actions } from "./state/actions";
 import { Link } from "./state/link";
 import { makeStore } from "./state/state";
@@ -26,13 +28,15 @@ const scene = new Scene(store, client, area, byId("rows"), byId("marks"));
 const pointer = new Pointer(area, scene, store, actions, client);
 const help = makeHelp();
 const chooser = byId<HTMLInputElement>("chooser");
-const search = makeSearch(area, { store, actions, client });
+const search = makeSearch(area, { store, actions, client, add });
 const link = new Link(store, actions);
 actions.height = () => plotHeight(scene.size);
-makeToolbar(byId("toolbar"), { store, actions, client }, () => chooser.click(), help, search);
+makeToolbar(byId("toolbar"), { store, actions, client, add }, () => chooser.click(), help, search);
 new Minimap(byId("map"), store, actions, client);
-makeSidebar(byId("sidebar"), { store, actions, client });
+makeSidebar(byId("sidebar"), { store, actions, client, add });
+makeReport(store);
 makeNotes(area, scene, store);
+const second = makeSecondPane(byId("area2"), store, actions, client);
 listenToKeys({
   actions,
   pointerShare: () => pointer.share(),
@@ -54,6 +58,10 @@ async function open(what: Embedded | Chosen): Promise<void> {
     picked: null,
     shownJob: null,
     pinned: [],
+    pieces: null,
+    places: null,
+    charted: null,
+    compared: null,
     stats: null,
     findings: null,
   });
@@ -80,16 +88,32 @@ async function open(what: Embedded | Chosen): Promise<void> {
   }
 }
 
+// Beside what is open, and at once compared with it.
+async function add(what: Chosen): Promise<void> {
+  try {
+    await client.store(what.files);
+    const recording = (await client.call("open", { arguments: what.arguments, adds: true })).json;
+    store.set({ problems: recording.problems, recording, compared: null, findings: null, charted: null });
+    await actions.compare(0, recording.arguments.length - 1);
+    await actions.findWhatWasLate(false);
+  } catch (error) {
+    store.set({ problems: [...store.now.problems, error instanceof Error ? error.message : String(error)] });
+  }
+}
+
 chooser.addEventListener("change", () => {
   if (chooser.files && chooser.files.length > 0) void open(ofChooser(chooser.files));
 });
 document.addEventListener("dragover", event => event.preventDefault());
 document.addEventListener("drop", event => {
   event.preventDefault();
-  if (event.dataTransfer) void ofDrop(event.dataTransfer).then(open);
+  if (event.dataTransfer)
+    ofDrop(event.dataTransfer)
+      .then(open)
+      .catch((error: unknown) => store.set({ problems: [...store.now.problems, String(error)] }));
 });
 
 if (embedded) void open(embedded);
 
 // For tests: what the page knows and can ask, no more than a reader of it could.
-Object.assign(window, { tasklog: { store, client, actions } });
+Object.assign(window, { tasklog: { store, client, actions, second } });

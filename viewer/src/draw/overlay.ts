@@ -2,6 +2,7 @@
 import { groupOf, type State, type TimeRange } from "../state/state";
 import { lengthText, percentText } from "../state/time";
 import type { AxisTick, GroupInfo } from "../worker/protocol";
+import { drawFound } from "./found";
 import { MarkKind, SliceKind, type FrameRow, type Mark } from "./frame";
 import { labelWidth, marksHeight, rulerHeight, runsHeight, runsTop, type Size } from "./layout";
 import { drawPins } from "./pins";
@@ -95,7 +96,7 @@ export class Overlay {
     const task = place.task === null ? undefined : lane.tasks[place.task];
     if (!task) {
       context.font = font(13, 650);
-      context.fillText(fitted(context, lane.name, right - 96), 14, middle);
+      context.fillText(fitted(context, lane.title, right - 96), 14, middle);
       return;
     }
     context.font = font(12.5);
@@ -250,8 +251,20 @@ export class Overlay {
 
   private drawPicked(): void {
     const { picked, shownJob } = this.state;
+    drawFound(
+      this.context,
+      this.state,
+      ticks => this.xOf(ticks),
+      (lane, task) => this.placeOf(lane, task),
+    );
     if (shownJob) this.outline(shownJob, this.rowOf(shownJob.lane, shownJob.task), 5);
     if (picked && picked.row >= 0) this.outline({ from: BigInt(picked.from), to: BigInt(picked.to) }, picked.row, 1);
+  }
+
+  // Of the runs of a row; null where it is not among the rows.
+  private placeOf(lane: number, task: number | null): { top: number; height: number } | null {
+    const index = this.rowOf(lane, task);
+    return index < 0 ? null : { top: this.topOf(index) + runsTop, height: runsHeight(task === null) };
   }
 
   private rowOf(lane: number, task: number | null): number {

@@ -37,7 +37,7 @@ export class Scene {
   ) {
     new ResizeObserver(() => this.resize()).observe(area);
     store.watch(["view", "rows", "scrollTop", "inTicks"], () => void this.refresh());
-    store.watch(["selection", "picked", "shownJob", "pins", "pinned"], () => this.scheduleUpper());
+    store.watch(["selection", "picked", "shownJob", "pieces", "places", "pins", "pinned"], () => this.scheduleUpper());
     darkMode.addEventListener("change", () => this.drawAll());
     this.resize();
   }

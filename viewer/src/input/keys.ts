@@ -30,6 +30,7 @@ export const keys: Key[] = [
   { keys: ["d", "arrowright"], shown: "D or →", help: "later", run: c => c.actions.pan(panStep) },
   { keys: ["arrowup"], shown: "↑", help: "rows up", run: c => c.actions.scroll(-66, c.height()) },
   { keys: ["arrowdown"], shown: "↓", help: "rows down", run: c => c.actions.scroll(66, c.height()) },
+  { keys: ["x"], shown: "X", help: "select what is shown", run: c => c.actions.selectView() },
   { keys: ["f"], shown: "F", help: "fit the selection, or all", run: c => c.actions.fitSelection() },
   { keys: ["0", "home"], shown: "0", help: "show all", run: c => c.actions.showAll() },
   { keys: ["."], shown: ".", help: "next run of the task that was clicked", run: c => void c.actions.stepRun(true) },

@@ -27,11 +27,21 @@ export class Client {
   }
 
   async call<Name extends CallName>(name: Name, keys: Calls[Name]["keys"]): Promise<Reply<Name>> {
+    const answer = await this.ask(name, keys);
+    const json = JSON.parse(answer.text) as Calls[Name]["answer"];
+    return { json, text: answer.text, ints: answer.ints, floats: answer.floats, pixels: answer.pixels };
+  }
+
+  // For answers that are no JSON: CSV.
+  async text<Name extends CallName>(name: Name, keys: Calls[Name]["keys"]): Promise<string> {
+    return (await this.ask(name, keys)).text;
+  }
+
+  private async ask(name: string, keys: object): Promise<FromWorker & { kind: "answer" }> {
     const text = JSON.stringify(keys, (_, value: unknown) => (typeof value === "bigint" ? value.toString() : value));
     const answer = await this.request(id => ({ kind: "call", id, name, keys: text }));
     answer.warnings.forEach(line => this.onWarning(line));
-    const json = JSON.parse(answer.text) as Calls[Name]["answer"];
-    return { json, text: answer.text, ints: answer.ints, floats: answer.floats, pixels: answer.pixels };
+    return answer;
   }
 
   private request(

@@ -1,5 +1,5 @@
 // Elements by hand. Text goes in as text: nothing from a log becomes markup.
-type Child = Node | string;
+export type Child = Node | string;
 
 export function element<Tag extends keyof HTMLElementTagNameMap>(
   tag: Tag,
@@ -18,44 +18,26 @@ export function button(text: string, act: () => void, attributes: Record<string,
   return made;
 }
 
+export const hint = (text: string): HTMLElement => element("p", { class: "hint" }, [text]);
+
 export function swatch(colour: number): HTMLElement {
   const made = element("span", { class: "swatch", "aria-hidden": "true" });
   made.style.backgroundColor = `#${colour.toString(16).padStart(6, "0")}`;
   return made;
 }
 
-export interface Column<Item> {
-  title: string;
-  isNumber?: boolean;
-  cell(item: Item): Child;
-}
-
-export function table<Item>(caption: string, columns: Column<Item>[], items: Item[]): HTMLTableElement {
-  const cell = (
-    tag: "td" | "th",
-    column: Column<Item>,
-    child: Child,
-    attributes: Record<string, string> = {},
-  ): HTMLElement => element(tag, { ...attributes, ...(column.isNumber ? { class: "number" } : {}) }, [child]);
-  return element("table", {}, [
-    element("caption", {}, [caption]),
-    element("thead", {}, [
-      element(
-        "tr",
-        {},
-        columns.map(column => cell("th", column, column.title, { scope: "col" })),
-      ),
-    ]),
-    element(
-      "tbody",
-      {},
-      items.map(item =>
-        element(
-          "tr",
-          {},
-          columns.map(column => cell("td", column, column.cell(item))),
-        ),
-      ),
-    ),
-  ]);
+export function choice(
+  label: string,
+  options: [value: string, text: string][],
+  value: string,
+  choose: (value: string) => void,
+): HTMLSelectElement {
+  const made = element(
+    "select",
+    { "aria-label": label },
+    options.map(([value, text]) => element("option", { value }, [text])),
+  );
+  made.value = value;
+  made.addEventListener("change", () => choose(made.value));
+  return made;
 }

@@ -2,7 +2,8 @@
 import { momentOf } from "../draw/moment";
 import type { Scene } from "../draw/scene";
 import { labelWidth, rulerHeight } from "../draw/layout";
-import type { AppStore } from "../state/state";
+import { groupOf, type AppStore } from "../state/state";
+import { lengthOf, lengthText, timeText } from "../state/time";
 import { element } from "./dom";
 
 export function makeNotes(area: HTMLElement, scene: Scene, store: AppStore): void {
@@ -13,6 +14,17 @@ export function makeNotes(area: HTMLElement, scene: Scene, store: AppStore): voi
   const live = document.getElementById("live");
   store.watch(["said"], () => {
     if (live) live.textContent = store.now.said;
+  });
+  // What is seen is told once it stays.
+  let timer = 0;
+  store.watch(["view"], () => {
+    clearTimeout(timer);
+    timer = setTimeout(() => {
+      const group = groupOf(store.now);
+      const { view } = store.now;
+      if (group && live)
+        live.textContent = `Shows ${lengthText(lengthOf(view), group.ticksPerSecond)} from ${timeText(view.from, group)}`;
+    }, 1500);
   });
   store.watch(["problems"], () =>
     problems.replaceChildren(...store.now.problems.map(line => element("p", {}, [line]))),

@@ -1,20 +1,22 @@
 // The numbers of the selection, or of all: those of `tasklog stats`.
-import { groupOf } from "../state/state";
+import { groupOf, labelOfName, type State } from "../state/state";
 import { lengthText, percentText, timeText } from "../state/time";
 import type { LaneStats, Quantity, TaskStats } from "../worker/protocol";
-import { element, table, type Column } from "./dom";
-import type { Panel } from "./panel";
+import { button, choice, element, hint } from "./dom";
+import type { Panel, PanelContext } from "./panel";
+import { table, type Column } from "./table";
 
-const quantities: [Quantity, string][] = [
+export const quantities: [Quantity, string][] = [
   ["response", "Response time"],
   ["execution", "Execution time"],
   ["startLatency", "Start latency"],
   ["activationInterval", "Activation interval"],
   ["run", "Length of runs"],
 ];
-let quantity: Quantity = "response";
 
-function columns(lane: LaneStats): Column<TaskStats>[] {
+function columns(lane: LaneStats, index: number, context: PanelContext): Column<TaskStats>[] {
+  const { store, actions } = context;
+  const { quantity } = store.now;
   const length = (ticks: string | number | null): string =>
     ticks === null ? "–" : lengthText(typeof ticks === "string" ? BigInt(ticks) : ticks, lane.ticksPerSecond);
   const of = (title: string, key: "min" | "mean" | "p50" | "p95" | "p99" | "max"): Column<TaskStats> => ({
@@ -22,8 +24,23 @@ function columns(lane: LaneStats): Column<TaskStats>[] {
     isNumber: true,
     cell: task => length(task[quantity][key]),
   });
+  const tasks = store.now.recording?.lanes[index]?.tasks ?? [];
+  const chart = (task: TaskStats): void => {
+    actions.chart(
+      index,
+      tasks.findIndex(one => one.name === task.name),
+    );
+    actions.openPanel("histogram");
+  };
   return [
-    { title: "Task", cell: task => task.name },
+    {
+      title: "Task",
+      cell: task =>
+        button(labelOfName(store.now, index, task.name), () => chart(task), {
+          class: "link",
+          title: "Show how its values are spread",
+        }),
+    },
     { title: "Load", isNumber: true, cell: task => percentText(task.load) },
     { title: "Jobs", isNumber: true, cell: task => `${task.jobs}` },
     of("Min", "min"),
@@ -35,39 +52,37 @@ function columns(lane: LaneStats): Column<TaskStats>[] {
   ];
 }
 
+// One text for both pictures: their CSV has the same columns.
+async function csvOfAll({ actions, client }: PanelContext): Promise<string> {
+  const texts = await Promise.all(actions.statsKeys().map(keys => client.text("stats", { ...keys, format: "csv" })));
+  return texts.map((text, i) => (i === 0 ? text : text.slice(text.indexOf("\n") + 1))).join("");
+}
+
+export function rangeText(state: State): string {
+  const group = groupOf(state);
+  const { selection } = state;
+  return selection && group
+    ? `${timeText(selection.from, group)} to ${timeText(selection.to, group)}`
+    : "All of the recording; drag over the picture, or press X, to select a part";
+}
+
 export const statistics: Panel = {
   name: "statistics",
   title: "Statistics",
-  watches: ["stats", "selection"],
-  show(place, { store }) {
-    const { stats, selection } = store.now;
-    const group = groupOf(store.now);
-    if (!stats || !group) return place.append(element("p", { class: "hint" }, ["Open a recording first."]));
-    const range = selection
-      ? `${timeText(selection.from, group)} to ${timeText(selection.to, group)}`
-      : "All of the recording; drag over the picture to select a part";
-    const choice = element(
-      "select",
-      { "aria-label": "What the columns show" },
-      quantities.map(([name, title]) => element("option", { value: name }, [title])),
+  watches: ["stats", "selection", "quantity"],
+  show(place, context) {
+    const { stats, statsLanes, quantity, recording } = context.store.now;
+    if (!stats || !groupOf(context.store.now)) return place.append(hint("Open a recording first."));
+    place.append(
+      element("p", { class: "range" }, [rangeText(context.store.now)]),
+      choice("What the columns show", quantities, quantity, value => context.actions.setQuantity(value as Quantity)),
     );
-    choice.value = quantity;
-    const tables = element("div");
-    const fill = (): void =>
-      tables.replaceChildren(
-        ...stats.lanes.map(lane =>
-          table(
-            `${lane.lane}: busy ${percentText(lane.busy)}, coverage ${percentText(lane.coverage)}`,
-            columns(lane),
-            lane.tasks,
-          ),
-        ),
-      );
-    choice.addEventListener("change", () => {
-      quantity = choice.value as Quantity;
-      fill();
+    const exported = { name: "stats", text: () => csvOfAll(context) };
+    stats.lanes.forEach((lane, i) => {
+      const index = statsLanes[i] ?? i;
+      const title = recording?.lanes[index]?.title ?? "";
+      const caption = `${title}: busy ${percentText(lane.busy)}, coverage ${percentText(lane.coverage)}`;
+      place.append(table(caption, columns(lane, index, context), lane.tasks, exported));
     });
-    fill();
-    place.append(element("p", { class: "range" }, [range]), choice, tables);
   },
 };

@@ -19,7 +19,7 @@ export function makeToolbar(
   help: () => void,
   search: () => void,
 ): void {
-  const title = element("strong", { class: "title" });
+  const title = element("h1", { class: "title" });
   const shown = element("span", { class: "faint shown" });
   const groups = element("select", { "aria-label": "Which lanes" });
   groups.addEventListener("change", () => actions.showGroup(Number(groups.value)));

@@ -1,17 +1,34 @@
 // What can be done, by whatever key, button or pointer. Each changes the state; drawing and panels follow.
 import type { Client } from "../load/client";
-import type { Finding, Found, Hit, Calls, Match, Row, RowOrder, Ticks } from "../worker/protocol";
-import { groupOf, labelOf, type AppStore, type State, type TimeRange } from "./state";
+import type {
+  Calls,
+  Description,
+  Finding,
+  Found,
+  Hit,
+  Match,
+  Quantity,
+  Row,
+  RowOrder,
+  Stats,
+  Ticks,
+} from "../worker/protocol";
+import { beside, groupOf, labelOf, lanesOfGroup, type AppStore, type State, type TimeRange } from "./state";
 import { clamped, lengthOf, lengthText, scaled, timeText } from "./time";
 
-const findingsOfLane = 50;
+type StatsOf = Pick<State, "recording" | "selection" | "compared" | "group">;
+const isSame = (a: StatsOf | null, b: StatsOf): boolean =>
+  a !== null && (Object.keys(b) as (keyof StatsOf)[]).every(key => a[key] === b[key]);
+
+export const findingsOfLane = 50;
 const mostEntriesUnasked = 2_000_000;
 
 export class Actions {
   private rowsAsked = 0;
   height: () => number = () => 600; // of the picture without its ruler, pixels
   private isAskingStats = false;
-  private statsOf: Pick<State, "recording" | "selection"> | null = null;
+  private statsOf: StatsOf | null = null;
+  private piecesAsked = 0;
 
   constructor(
     private readonly store: AppStore,
@@ -21,7 +38,8 @@ export class Actions {
       ["recording", "group", "order", "hidesEmpty", "filter", "pins", "folded"],
       () => void this.updateRows(),
     );
-    store.watch(["recording", "selection", "panel"], () => void this.updateStats());
+    store.watch(["recording", "selection", "compared", "group", "panel"], () => void this.updateStats());
+    store.watch(["picked", "shownJob"], () => void this.updatePieces());
   }
 
   // ---- The part that is shown ----
@@ -91,7 +109,7 @@ export class Actions {
     this.store.set({ folded: toggled(this.store.now.folded, `${lane}`) });
   }
   showGroup(group: number): void {
-    this.store.set({ group, selection: null, picked: null, shownJob: null, scrollTop: 0 });
+    this.store.set({ group, selection: null, picked: null, shownJob: null, places: null, scrollTop: 0 });
     this.showAll();
   }
 
@@ -106,12 +124,16 @@ export class Actions {
         said: `Selected ${lengthText(lengthOf(ordered), group.ticksPerSecond)} from ${timeText(ordered.from, group)}`,
       });
   }
+  // For whoever has no pointer: all that is seen is selected.
+  selectView(): void {
+    this.select(this.store.now.view);
+  }
   pick(hit: Hit | null): void {
     const isSpan = hit && (hit.kind === "run" || hit.kind === "job" || hit.kind === "wait");
     this.store.set({ picked: hit, ...(hit ? { said: hit.title } : {}), ...(isSpan ? { panel: "details" } : {}) });
   }
   clear(): void {
-    this.store.set({ selection: null, picked: null, shownJob: null, hit: null, pinned: [] });
+    this.store.set({ selection: null, picked: null, shownJob: null, places: null, hit: null, pinned: [] });
   }
   // Mark A, then B, then A anew. `at` is a share of the width.
   pin(at: number): void {
@@ -214,16 +236,58 @@ export class Actions {
       .finally(() => this.store.set({ isLooking: false }));
     if (this.store.now.recording === recording) this.store.set({ findings: found.json });
   }
-  showFinding(finding: Finding): void {
-    const { recording } = this.store.now;
-    const lane = recording?.lanes.findIndex(lane => lane.name === finding.lane) ?? -1;
-    const of = recording?.lanes[lane];
+  // `job` is one of the finding's, the worst without it.
+  showFinding(finding: Finding, lane: number, job = finding.job): void {
+    const of = this.store.now.recording?.lanes[lane];
     if (!of) return;
     if (of.group !== this.store.now.group) this.showGroup(of.group);
     const task = of.tasks.findIndex(task => task.name === finding.task);
-    const job = { from: BigInt(finding.job.activationTicks), to: BigInt(finding.job.completionTicks) };
-    this.store.set({ shownJob: { ...job, lane, task: task < 0 ? null : task }, said: finding.verdict });
-    this.showAround(job);
+    const range = { from: BigInt(job.activationTicks), to: BigInt(job.completionTicks) };
+    const shownJob = { ...range, lane, task: task < 0 ? null : task };
+    this.store.set({ shownJob, picked: null, said: finding.verdict });
+    this.showAround(range);
+  }
+  // The first run of a task that is seen, or the next behind.
+  async pickInView(lane: number, task: number): Promise<void> {
+    const { group, view } = this.store.now;
+    const at = view.from > 0n ? view.from - 1n : 0n;
+    const found = (await this.client.call("step", { group, kind: "run", at, forward: true, lane, task })).json;
+    if (found) this.arrive(found, task);
+    else this.store.set({ said: "It does not run behind that" });
+  }
+
+  // ---- Numbers ----
+
+  setQuantity(quantity: Quantity): void {
+    this.store.set({ quantity, places: null });
+  }
+  chart(lane: number, task: number): void {
+    this.store.set({ charted: { lane, task }, places: null });
+  }
+  pointAt(lane: number, task: number | null, spans: TimeRange[]): void {
+    this.store.set({ places: { lane, task, spans } });
+  }
+
+  // ---- Two recordings ----
+
+  async compare(before: number, after: number): Promise<void> {
+    const recording = (await this.client.call("group", { separately: true })).json;
+    const groupOfArgument = (argument: number): number =>
+      recording.lanes.find(lane => lane.argument === argument)?.group ?? -1;
+    const [group, other] = [groupOfArgument(before), groupOfArgument(after)];
+    if (group < 0 || other < 0)
+      return this.store.set({ said: "One of these recordings could not be read", recording, compared: null });
+    this.regroup(recording, group);
+    this.store.set({ compared: { before, after, group: other }, panel: "compare" });
+  }
+  async stopComparing(): Promise<void> {
+    const recording = (await this.client.call("group", { separately: false })).json;
+    this.store.set({ compared: null });
+    this.regroup(recording, 0);
+  }
+  private regroup(recording: Description, group: number): void {
+    this.store.set({ recording, pins: [], folded: [] });
+    this.showGroup(group);
   }
 
   // ---- What follows from changes ----
@@ -243,15 +307,43 @@ export class Actions {
   // Only while they are shown, and at most once at a time: those of a long recording take a while.
   private async updateStats(): Promise<void> {
     while (!this.isAskingStats) {
-      const { recording, selection, panel } = this.store.now;
+      const { recording, selection, panel, compared, group } = this.store.now;
       if (!recording) return this.store.set({ stats: null });
-      if (panel !== "statistics" || (this.statsOf?.recording === recording && this.statsOf.selection === selection))
-        return;
-      this.statsOf = { recording, selection };
+      const wanted = { recording, selection, compared, group };
+      if (panel !== "statistics" || isSame(this.statsOf, wanted)) return;
+      this.statsOf = wanted;
       this.isAskingStats = true;
-      const stats = await this.client.call("stats", selection ?? {}).finally(() => (this.isAskingStats = false));
-      this.store.set({ stats: stats.json });
+      const asked = this.statsKeys();
+      const parts = await Promise.all(
+        asked.map(async keys => (await this.client.call("stats", keys)).json.lanes),
+      ).finally(() => (this.isAskingStats = false));
+      const stats: Stats = { schema: 1, lanes: parts.flat() };
+      this.store.set({ stats, statsLanes: asked.flatMap(keys => keys.lanes.map(Number)) });
     }
+  }
+  // What to ask for the numbers of the selection, or of all: a call for each picture.
+  statsKeys(): { from?: Ticks; to?: Ticks; lanes: string[] }[] {
+    const state = this.store.now;
+    const { selection, compared, recording } = state;
+    const group = recording?.groups[state.group];
+    const lanesOf = (index: number): string[] => lanesOfGroup(state, index).map(String);
+    const keys = { ...selection, lanes: lanesOf(state.group) };
+    const other = compared && recording?.groups[compared.group];
+    if (!compared || !other || !group) return [keys];
+    const range = selection && {
+      from: beside(selection.from, group, other),
+      to: beside(selection.to, group, other),
+    };
+    return [keys, { ...range, lanes: lanesOf(compared.group) }];
+  }
+  private async updatePieces(): Promise<void> {
+    const { picked, shownJob } = this.store.now;
+    const asked = ++this.piecesAsked;
+    const job = picked?.kind === "job" ? { ...picked, from: BigInt(picked.from), to: BigInt(picked.to) } : shownJob;
+    if (!job || job.task === null) return this.store.set({ pieces: null });
+    const { lane, task, from, to } = { ...job, task: job.task };
+    const list = (await this.client.call("pieces", { lane, task, from, to })).json;
+    if (asked === this.piecesAsked) this.store.set({ pieces: { lane, task, list } });
   }
 }
 

@@ -7,7 +7,7 @@ declare module "bridge" {
     write(stream: unknown, bytes: Uint8Array, offset: number, length: number): number;
     close(stream: unknown): void;
     truncate(path: string, size: number): void;
-    lookupPath(path: string): { node: { contents: Uint8Array } };
+    lookupPath(path: string): { node: { contents: Uint8Array | null } };
     unlink(path: string): void;
   }
   export interface Bridge {

@@ -14,13 +14,16 @@ export interface TaskInfo {
   isIdle: boolean;
 }
 export interface SubjectInfo {
+  name: string;
   label: string;
   kind: "issue" | "testpoint";
 }
 export interface LaneInfo {
   name: string;
-  label: string;
+  title: string; // the name, safe to show
+  label: string; // with its file or folder
   group: number;
+  argument: number; // of Description.arguments
   startTicks: TicksText;
   stopTicks: TicksText;
   entries: number;
@@ -37,9 +40,23 @@ export interface GroupInfo {
   ticksPerSecond: number; // 0: unknown
 }
 export interface Description {
+  arguments: string[];
   lanes: LaneInfo[];
   groups: GroupInfo[];
   problems: string[];
+}
+
+// What is seen of a row: a lane has fewer counts.
+export interface VisibleRow {
+  lane: number;
+  task: number | null;
+  load: number | null;
+  runs?: number;
+  jobs?: number;
+  events?: number;
+  testpoints: number;
+  issues: number;
+  gaps: number;
 }
 
 export type RowOrder = "priority" | "load" | "name" | "first";
@@ -84,6 +101,13 @@ export interface Part {
   task: number | null;
   ticks: TicksText;
   length: string;
+}
+// A part of a job where it lies in time.
+export interface Piece {
+  kind: string;
+  task: number | null;
+  from: TicksText;
+  to: TicksText;
 }
 export interface DetailsOfSpan {
   title: string;
@@ -140,6 +164,56 @@ export interface Stats {
   lanes: LaneStats[];
 }
 
+export interface Histogram {
+  count: number;
+  logarithmic: boolean;
+  bins: { fromTicks: TicksText; toTicks: TicksText; count: number }[];
+}
+export interface Place {
+  from: TicksText;
+  to: TicksText;
+  ticks: TicksText;
+}
+export interface QuantityKeys {
+  lane: number;
+  task: number;
+  quantity: Quantity;
+  from?: Ticks;
+  to?: Ticks;
+}
+
+// As `tasklog diff --format json`.
+export interface Change {
+  lane: string;
+  task: string;
+  quantity: Quantity;
+  noise: boolean;
+  before: Summary;
+  after: Summary;
+}
+export interface OnOneSide {
+  lane: string;
+  task: string | null;
+}
+export interface Difference {
+  schema: number;
+  before: LaneStats[];
+  after: LaneStats[];
+  changes: Change[];
+  loads: { lane: string; task: string; before: number | null; after: number | null }[];
+  appeared: OnOneSide[];
+  vanished: OnOneSide[];
+  stalled: OnOneSide[];
+}
+
+// An entry as `tasklog list --format json` has it.
+export interface Entry {
+  ticks: TicksText;
+  type: string;
+  subject?: string | null;
+  running?: string | null;
+}
+
 // As `tasklog explain --format json`.
 export interface Occurrence {
   activationTicks: TicksText;
@@ -154,6 +228,10 @@ export interface Finding {
   sign: string;
   issue: string | null;
   occurrences: Occurrence[];
+  normalTicks: TicksText;
+  actualTicks: TicksText;
+  parts: { kind: string; task: string | null; normalTicks: TicksText; actualTicks: TicksText }[];
+  chain: { kind: string; task: string | null; from: TicksText; to: TicksText; share: number }[];
   confidence: number;
   coverage: number;
 }
@@ -164,7 +242,9 @@ export interface Findings {
 }
 
 export interface Calls {
-  open: { keys: { arguments: string[]; from?: string; to?: string }; answer: Description };
+  open: { keys: { arguments: string[]; from?: string; to?: string; adds?: boolean }; answer: Description };
+  group: { keys: { separately: boolean }; answer: Description };
+  visible: { keys: { from: Ticks; to: Ticks }; answer: VisibleRow[] };
   rows: {
     keys: {
       group: number;
@@ -196,12 +276,20 @@ export interface Calls {
     answer: Found | null;
   };
   search: { keys: { text: string; limit: number }; answer: Match[] };
-  stats: { keys: { from?: Ticks; to?: Ticks }; answer: Stats };
+  stats: { keys: { from?: Ticks; to?: Ticks; lanes?: string[]; format?: "csv" }; answer: Stats };
+  diff: { keys: { before: number; after: number; format?: "csv" }; answer: Difference };
+  histogram: { keys: QuantityKeys & { bins: number }; answer: Histogram };
+  places: {
+    keys: QuantityKeys & { least: Ticks; most: Ticks };
+    answer: { count: number; places: Place[] };
+  };
+  pieces: { keys: { lane: number; task: number; from: Ticks; to: Ticks }; answer: Piece[] };
   explain: { keys: { limit: number }; answer: Findings };
   entries: {
     keys: { lane: number; count: number; first?: number; time?: Ticks };
-    answer: { first: number; all: number; entries: object[] };
+    answer: { first: number; all: number; entries: Entry[] };
   };
+  entriesCsv: { keys: { lane: number; from: Ticks; to: Ticks }; answer: never };
 }
 export type CallName = keyof Calls;
 

@@ -49,7 +49,7 @@ async function store(module: Bridge, file: FileToOpen): Promise<void> {
 function remove(module: Bridge, path: string): void {
   const { contents } = module.FS.lookupPath(path).node;
   module.FS.unlink(path);
-  release(contents);
+  if (contents) release(contents); // an empty file has none
 }
 
 // At once, where the browser can: it may not look for what is unused for long.
