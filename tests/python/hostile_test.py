@@ -83,7 +83,8 @@ class Names(Folder):
         jobs = log.jobs().of(name)
         self.assertGreater(len(jobs), 0)
         self.assertEqual(len(log.latency(f"activation:{name}", f"completion:{name}")), jobs["response"].count())
-        self.assertEqual({one["task"] for one in log.explain(task=name, over="1us", limit=5)}, {name})
+        self.assertIn(name, [row.task for row in log.stats()])
+        self.assertLessEqual({one["task"] for one in log.explain(task=name, over="1us", limit=5)}, {name})
         if pandas:
             self.assertIn(name, log.jobs().to_pandas()["task"].tolist())
 
