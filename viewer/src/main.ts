@@ -81,7 +81,7 @@ async function open(what: Embedded | Chosen): Promise<void> {
     actions.show({ from: BigInt(group.shownFrom), to: BigInt(group.shownTo) });
     what === embedded ? link.read() : link.forget();
     await scene.drawn();
-    await actions.findWhatWasLate(false);
+    await actions.numbers.findWhatWasLate(false);
   } catch (error) {
     const message = error instanceof Error ? error.message : String(error);
     store.set({ phase: store.now.recording ? "ready" : "empty", problems: [...store.now.problems, message] });
@@ -95,7 +95,7 @@ async function add(what: Chosen): Promise<void> {
     const recording = (await client.call("open", { arguments: what.arguments, adds: true })).json;
     store.set({ problems: recording.problems, recording, compared: null, findings: null, charted: null });
     await actions.compare(0, recording.arguments.length - 1);
-    await actions.findWhatWasLate(false);
+    await actions.numbers.findWhatWasLate(false);
   } catch (error) {
     store.set({ problems: [...store.now.problems, error instanceof Error ? error.message : String(error)] });
   }

@@ -1,5 +1,5 @@
 // What `tasklog explain` finds; a click shows the moment, with the parts of the job marked.
-import { findingsOfLane } from "../state/actions";
+import { findingsOfLane } from "../state/numbers";
 import { clockOf, groupOf, labelOfName, lanesOfFindings, type State } from "../state/state";
 import { lengthText, timeText } from "../state/time";
 import type { Finding } from "../worker/protocol";
@@ -105,7 +105,7 @@ export const findings: Panel = {
     if (!findings)
       return place.append(
         hint("This is a long recording: looking takes a while, and the picture stands still meanwhile."),
-        button("Look for what was late", () => void context.actions.findWhatWasLate(true)),
+        button("Look for what was late", () => void context.actions.numbers.findWhatWasLate(true)),
       );
     const lanes = lanesOfFindings(findings, findingsOfLane);
     const told = findings.findings.map((finding, i) => ({ finding, lane: lanes[i] ?? 0 }));

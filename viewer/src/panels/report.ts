@@ -2,7 +2,7 @@
 import { groupOf, labelOfName, lanesOfFindings, type AppStore, type State } from "../state/state";
 import { lengthText, percentText, timeText } from "../state/time";
 import { element } from "./dom";
-import { findingsOfLane } from "../state/actions";
+import { findingsOfLane } from "../state/numbers";
 import { partsTable, whenText } from "./findings";
 
 function recordings(state: State): HTMLElement {

@@ -54,7 +54,9 @@ function columns(lane: LaneStats, index: number, context: PanelContext): Column<
 
 // One text for both pictures: their CSV has the same columns.
 async function csvOfAll({ actions, client }: PanelContext): Promise<string> {
-  const texts = await Promise.all(actions.statsKeys().map(keys => client.text("stats", { ...keys, format: "csv" })));
+  const texts = await Promise.all(
+    actions.numbers.statsKeys().map(keys => client.text("stats", { ...keys, format: "csv" })),
+  );
   return texts.map((text, i) => (i === 0 ? text : text.slice(text.indexOf("\n") + 1))).join("");
 }
 

@@ -10,25 +10,16 @@ import type {
   Quantity,
   Row,
   RowOrder,
-  Stats,
   Ticks,
 } from "../worker/protocol";
-import { beside, groupOf, labelOf, lanesOfGroup, type AppStore, type State, type TimeRange } from "./state";
+import { Numbers } from "./numbers";
+import { groupOf, labelOf, type AppStore, type TimeRange } from "./state";
 import { clamped, lengthOf, lengthText, scaled, timeText } from "./time";
-
-type StatsOf = Pick<State, "recording" | "selection" | "compared" | "group">;
-const isSame = (a: StatsOf | null, b: StatsOf): boolean =>
-  a !== null && (Object.keys(b) as (keyof StatsOf)[]).every(key => a[key] === b[key]);
-
-export const findingsOfLane = 50;
-const mostEntriesUnasked = 2_000_000;
 
 export class Actions {
   private rowsAsked = 0;
   height: () => number = () => 600; // of the picture without its ruler, pixels
-  private isAskingStats = false;
-  private statsOf: StatsOf | null = null;
-  private piecesAsked = 0;
+  readonly numbers: Numbers;
 
   constructor(
     private readonly store: AppStore,
@@ -38,8 +29,7 @@ export class Actions {
       ["recording", "group", "order", "hidesEmpty", "filter", "pins", "folded"],
       () => void this.updateRows(),
     );
-    store.watch(["recording", "selection", "compared", "group", "panel"], () => void this.updateStats());
-    store.watch(["picked", "shownJob"], () => void this.updatePieces());
+    this.numbers = new Numbers(store, client);
   }
 
   // ---- The part that is shown ----
@@ -225,17 +215,6 @@ export class Actions {
     });
   }
 
-  // Unless `isWanted`, not in a long recording: no picture comes meanwhile.
-  async findWhatWasLate(isWanted: boolean): Promise<void> {
-    const { recording, isLooking } = this.store.now;
-    const entries = recording?.lanes.reduce((sum, lane) => sum + lane.entries, 0) ?? 0;
-    if (!recording || isLooking || (!isWanted && entries > mostEntriesUnasked)) return;
-    this.store.set({ isLooking: true });
-    const found = await this.client
-      .call("explain", { limit: findingsOfLane })
-      .finally(() => this.store.set({ isLooking: false }));
-    if (this.store.now.recording === recording) this.store.set({ findings: found.json });
-  }
   // `job` is one of the finding's, the worst without it.
   showFinding(finding: Finding, lane: number, job = finding.job): void {
     const of = this.store.now.recording?.lanes[lane];
@@ -303,47 +282,6 @@ export class Actions {
       await this.client.call("rows", { group: state.group, order, hidesEmpty, filter, pins, folded, ...range })
     ).json;
     if (asked === this.rowsAsked) this.store.set({ rows });
-  }
-  // Only while they are shown, and at most once at a time: those of a long recording take a while.
-  private async updateStats(): Promise<void> {
-    while (!this.isAskingStats) {
-      const { recording, selection, panel, compared, group } = this.store.now;
-      if (!recording) return this.store.set({ stats: null });
-      const wanted = { recording, selection, compared, group };
-      if (panel !== "statistics" || isSame(this.statsOf, wanted)) return;
-      this.statsOf = wanted;
-      this.isAskingStats = true;
-      const asked = this.statsKeys();
-      const parts = await Promise.all(
-        asked.map(async keys => (await this.client.call("stats", keys)).json.lanes),
-      ).finally(() => (this.isAskingStats = false));
-      const stats: Stats = { schema: 1, lanes: parts.flat() };
-      this.store.set({ stats, statsLanes: asked.flatMap(keys => keys.lanes.map(Number)) });
-    }
-  }
-  // What to ask for the numbers of the selection, or of all: a call for each picture.
-  statsKeys(): { from?: Ticks; to?: Ticks; lanes: string[] }[] {
-    const state = this.store.now;
-    const { selection, compared, recording } = state;
-    const group = recording?.groups[state.group];
-    const lanesOf = (index: number): string[] => lanesOfGroup(state, index).map(String);
-    const keys = { ...selection, lanes: lanesOf(state.group) };
-    const other = compared && recording?.groups[compared.group];
-    if (!compared || !other || !group) return [keys];
-    const range = selection && {
-      from: beside(selection.from, group, other),
-      to: beside(selection.to, group, other),
-    };
-    return [keys, { ...range, lanes: lanesOf(compared.group) }];
-  }
-  private async updatePieces(): Promise<void> {
-    const { picked, shownJob } = this.store.now;
-    const asked = ++this.piecesAsked;
-    const job = picked?.kind === "job" ? { ...picked, from: BigInt(picked.from), to: BigInt(picked.to) } : shownJob;
-    if (!job || job.task === null) return this.store.set({ pieces: null });
-    const { lane, task, from, to } = { ...job, task: job.task };
-    const list = (await this.client.call("pieces", { lane, task, from, to })).json;
-    if (asked === this.piecesAsked) this.store.set({ pieces: { lane, task, list } });
   }
 }
 
