@@ -82,7 +82,7 @@ class CategoryWalk : public _STLCategoryIterator {
     bool operator()(const _STLCategory& category) const { return MaskHas(types, category.GetType()); }
   };
 
-  CategoryWalk(Position begin, Position end, Matches matches)
+  CategoryWalk(Position begin, Position end, Matches matches) noexcept
       : current_(begin), end_(end), matches_(matches) {}
   const _STLCategory* Next() override;
 
