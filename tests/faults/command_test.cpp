@@ -9,6 +9,7 @@
 
 #include "cli/program.h"
 #include "cli/scenarios.h"
+#include "faults/calls.h"
 
 namespace {
 
@@ -76,17 +77,6 @@ class CommandFaults : public testing::Test {
       whole_.push_back(Contents(whole, recording));
       before_.push_back(CallsBeforeOutput(whole.Read("calls")));
     }
-  }
-
-  // How many calls of each kind come before the one that creates the output: they only start the program.
-  static std::map<std::string, int> CallsBeforeOutput(const std::string& calls) {
-    std::map<std::string, int> counts;
-    std::istringstream lines(calls);
-    for (std::string line; std::getline(lines, line);) {
-      if (line.starts_with("mkdir") || line.find("O_EXCL") != line.npos) break;
-      ++counts[line.substr(0, line.find('('))];
-    }
-    return counts;
   }
 
   // Disturbs each call of each kind from the creation of the output on.

@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "cli/program.h"
+#include "faults/calls.h"
 
 namespace {
 
@@ -75,17 +76,6 @@ Result RunJob(const TempFolder& folder, const Job& job, const Words& options) {
   words.push_back("tasklog");
   words.insert(words.end(), job.words.begin(), job.words.end());
   return Program(folder, words).Wait();
-}
-
-// How many calls of each kind come before the one that creates the output: they only start the program.
-std::map<std::string, int> CallsBeforeOutput(const std::string& calls) {
-  std::map<std::string, int> counts;
-  std::istringstream lines(calls);
-  for (std::string line; std::getline(lines, line);) {
-    if (line.starts_with("mkdir") || line.find("O_EXCL") != line.npos) break;
-    ++counts[line.substr(0, line.find('('))];
-  }
-  return counts;
 }
 
 bool IsLeftOver(const std::string& name) { return name.find(".tasklog-") != name.npos; }
