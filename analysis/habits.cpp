@@ -43,11 +43,50 @@ PartKind KindOf(const Schedule& schedule, TaskIndex of, TaskIndex by) {
   return other > own ? PartKind::preemption : other < own ? PartKind::blocking : PartKind::sharing;
 }
 
+namespace {
+
+// Adds up who took how much. Few takings are sorted; many are added up task by task now and then.
+class Takings {
+ public:
+  explicit Takings(std::size_t tasks) : tasks_(tasks) {}
+
+  void Add(TaskIndex task, Ticks ticks) {
+    list_.emplace_back(task, ticks);
+    if (list_.size() >= std::max(tasks_, fewest)) AddUp();
+  }
+  // By task, which may come several times in a row.
+  const std::vector<std::pair<TaskIndex, Ticks>>& ByTask() {
+    if (sums_.empty()) {
+      std::sort(list_.begin(), list_.end());
+      return list_;
+    }
+    AddUp();
+    for (TaskIndex task = 0; task < tasks_; ++task)
+      if (sums_[task] > 0) list_.emplace_back(task, sums_[task]);
+    return list_;
+  }
+
+ private:
+  static constexpr std::size_t fewest = 64;
+
+  void AddUp() {
+    sums_.resize(tasks_);
+    for (const auto& [task, ticks] : list_) sums_[task] += ticks;
+    list_.clear();
+  }
+
+  std::size_t tasks_;
+  std::vector<std::pair<TaskIndex, Ticks>> list_;
+  std::vector<Ticks> sums_;  // by TaskIndex
+};
+
+}  // namespace
+
 std::vector<Part> PartsIn(const Schedule& schedule, TaskIndex task, const Stretch& stretch) {
   const std::vector<Stretch> waits = schedule.WaitsIn(task, stretch);
   Ticks execution = 0, dispatch = 0, waiting = 0;
   for (const Stretch& wait : waits) waiting += wait.Length();
-  std::vector<std::pair<TaskIndex, Ticks>> shares;
+  Takings shares(schedule.TaskCount());
   auto wait = waits.begin();
   schedule.ForEachRun(stretch, [&](TaskIndex by, const Stretch& run) {
     if (by == task) return void(execution += run.Length());
@@ -56,11 +95,10 @@ std::vector<Part> PartsIn(const Schedule& schedule, TaskIndex task, const Stretc
     for (auto one = wait; one != waits.end() && one->from < run.to; ++one)
       ready -= std::min(one->to, run.to) - std::max(one->from, run.from);
     if (schedule.IsIdle(by)) return void(dispatch += ready);
-    if (ready > 0) shares.emplace_back(by, ready);
+    if (ready > 0) shares.Add(by, ready);
   });
-  std::sort(shares.begin(), shares.end());
   std::vector<Part> parts{{PartKind::execution, task, execution}};
-  for (const auto& [by, ticks] : shares) {
+  for (const auto& [by, ticks] : shares.ByTask()) {
     if (parts.size() > 1 && parts.back().task == by)
       parts.back().ticks += ticks;
     else
