@@ -6,9 +6,8 @@ namespace {
 // Goes over the edges of pixels, from left to right, and keeps the span that is next at hand.
 class EdgeWalk {
  public:
-  EdgeWalk(const Spans& spans, const Window& window)
-      : spans_(spans), window_(window) {
-    Take(spans.FirstEndingAfter(window.From()));
+  EdgeWalk(const Spans& spans, const Window& window) : spans_(spans), window_(window) {
+    TakeFar(spans.FirstEndingAfter(window.From()));
   }
 
   Layer Walk() {
@@ -47,18 +46,27 @@ class EdgeWalk {
     edge = there;
   }
 
+  void TakeFar(std::size_t index) {
+    before_ = spans_.TotalOfFirst(index);
+    Take(index);
+  }
   void Take(std::size_t index) {
     next_ = index;
-    before_ = spans_.TotalOfFirst(index);
     if (index == spans_.Size()) return;
-    begin_ = spans_.BeginOf(index);
     end_ = spans_.EndOf(index);
+    begin_ = end_ - (spans_.TotalOfFirst(index + 1) - before_);
     isWide_ = end_ - begin_ >= window_.LeastWide();
+  }
+  // Mostly the next one is it.
+  void TakeFirstEndingAfter(Ticks time) {
+    before_ += end_ - begin_;
+    Take(next_ + 1);
+    if (!IsAtEnd() && end_ <= time) TakeFar(spans_.FirstEndingAfter(time, next_ + 1));
   }
   bool IsAtEnd() const { return next_ == spans_.Size(); }
 
   Sum SumAt(const Window::Edge& edge) {
-    if (!IsAtEnd() && end_ <= edge.tick) Take(spans_.FirstEndingAfter(edge.tick, next_ + 1));
+    if (!IsAtEnd() && end_ <= edge.tick) TakeFirstEndingAfter(edge.tick);
     isWithin_ = !IsAtEnd() && begin_ <= edge.tick;
     if (isWithin_ && isWide_) AddSlice();
     const Ticks ticks = before_ - ticksOfSlices_;

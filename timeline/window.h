@@ -42,9 +42,7 @@ class Window {
     return {edge.tick + ofPixel_.tick + 1, static_cast<std::uint32_t>(part - width_)};
   }
 
-  bool IsAtOrBehind(Ticks time, std::uint32_t x) const {
-    return IsAtOrBehind(time, EdgeOf(x));
-  }
+  bool IsAtOrBehind(Ticks time, std::uint32_t x) const { return IsAtOrBehind(time, EdgeOf(x)); }
   static bool IsAtOrBehind(Ticks time, const Edge& edge) {
     return time > edge.tick || (time == edge.tick && edge.part == 0);
   }
