@@ -165,7 +165,6 @@ export interface Stats {
 }
 
 export interface Histogram {
-  count: number;
   logarithmic: boolean;
   bins: { fromTicks: TicksText; toTicks: TicksText; count: number }[];
 }
