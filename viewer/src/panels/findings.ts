@@ -104,7 +104,7 @@ export const findings: Panel = {
     if (!findings && isLooking) return place.append(hint("Looking for what was late …"));
     if (!findings)
       return place.append(
-        hint("This is a long recording: looking takes a while, and the picture stands still meanwhile."),
+        hint("This is a long recording: looking takes a while and much memory."),
         button("Look for what was late", () => void context.actions.numbers.findWhatWasLate(true)),
       );
     const lanes = lanesOfFindings(findings, findingsOfLane);

@@ -310,7 +310,8 @@ export interface FileToOpen {
 }
 
 export type ToWorker =
-  | { kind: "start"; wasm: string }
+  | { kind: "start"; wasm: string; copyFrom?: MessagePort } // of a worker that is asked to lend
+  | { kind: "lend"; port: MessagePort }
   | { kind: "files"; id: number; files: FileToOpen[] }
   | { kind: "call"; id: number; name: string; keys: string };
 export type FromWorker =

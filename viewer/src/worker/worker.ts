@@ -1,5 +1,6 @@
 // The worker: the module, and the page's requests to it, one after the other.
 import createBridge, { type Bridge } from "bridge";
+import { borrow, lend, release } from "./copy";
 import { gunzip } from "./gunzip";
 import type { FileToOpen, FromWorker, ToWorker } from "./protocol";
 
@@ -50,11 +51,6 @@ function remove(module: Bridge, path: string): void {
   const { contents } = module.FS.lookupPath(path).node;
   module.FS.unlink(path);
   if (contents) release(contents); // an empty file has none
-}
-
-// At once, where the browser can: it may not look for what is unused for long.
-function release(bytes: Uint8Array): void {
-  (bytes.buffer as ArrayBuffer & { transfer?(size: number): ArrayBuffer }).transfer?.(0);
 }
 
 // Line by line. docs/viewer.md, Packed files.
@@ -119,10 +115,15 @@ function send(message: FromWorker, transfer: Transferable[] = []): void {
 
 async function handle(message: ToWorker): Promise<void> {
   if (message.kind === "start") {
-    bridge = start(message.wasm);
+    const { wasm, copyFrom } = message;
+    bridge = start(wasm).then(module => (copyFrom ? borrow(module, copyFrom) : module));
     bridge.catch(() => undefined); // told with the first request
     return;
   }
+  if (message.kind === "lend")
+    return bridge
+      .then(module => lend(module, message.port))
+      .catch((error: unknown) => message.port.postMessage(`${error}`));
   try {
     const module = await bridge;
     if (message.kind === "call") return call(module, message.id, message.name, message.keys);
