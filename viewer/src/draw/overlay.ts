@@ -1,7 +1,7 @@
 // The upper canvas: labels, ruler, texts, marks, selection. Names come from logs: they are drawn, never markup.
 import { groupOf, type State, type TimeRange } from "../state/state";
 import { lengthText, percentText } from "../state/time";
-import type { AxisTick, GroupInfo } from "../worker/protocol";
+import type { AxisTick, GroupInfo, Row } from "../worker/protocol";
 import { drawFound } from "./found";
 import { SliceKind, type FrameRow, type Mark } from "./frame";
 import { labelWidth, marksHeight, rulerHeight, runsHeight, runsTop, type Size } from "./layout";
@@ -24,9 +24,16 @@ export function fitted(context: Context, text: string, width: number): string {
   return least === 0 ? "" : `${text.slice(0, least)}…`;
 }
 
-export class Overlay {
-  private places: Map<string, number> | undefined;
+const rowNumbers = new WeakMap<Row[], Map<string, number>>();
+function numbersOf(rows: Row[]): Map<string, number> {
+  let made = rowNumbers.get(rows);
+  if (made) return made;
+  made = new Map(rows.map((row, index) => [`${row.lane}:${row.task}`, index]));
+  rowNumbers.set(rows, made);
+  return made;
+}
 
+export class Overlay {
   constructor(
     private readonly context: Context,
     private readonly size: Size,
@@ -211,8 +218,7 @@ export class Overlay {
   }
 
   private rowOf(lane: number, task: number | null): number {
-    this.places ??= new Map(this.picture.rows.map((row, index) => [`${row.lane}:${row.task}`, index]));
-    return this.places.get(`${lane}:${task}`) ?? -1;
+    return numbersOf(this.picture.rows).get(`${lane}:${task}`) ?? -1;
   }
 
   private outline(range: TimeRange, index: number, below: number): void {
