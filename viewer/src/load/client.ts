@@ -71,8 +71,9 @@ export class Client {
     await this.worker.request(id => ({ kind: "files", id, files }), packed);
   }
 
-  async call<Name extends CallName>(name: Name, keys: Calls[Name]["keys"]): Promise<Reply<Name>> {
-    return replyOf(await this.ask(this.worker, name, keys));
+  // `room`, the memory of an older picture, goes to the new one.
+  async call<Name extends CallName>(name: Name, keys: Calls[Name]["keys"], room?: ArrayBuffer): Promise<Reply<Name>> {
+    return replyOf(await this.ask(this.worker, name, keys, room));
   }
 
   // In a copy of the worker, which goes with its memory: pictures come meanwhile. The next call of this kind takes
@@ -98,9 +99,13 @@ export class Client {
     return (await this.ask(this.worker, name, keys)).text;
   }
 
-  private async ask(worker: WorkerEnd, name: string, keys: object): Promise<Answer> {
+  private async ask(worker: WorkerEnd, name: string, keys: object, room?: ArrayBuffer): Promise<Answer> {
     const text = JSON.stringify(keys, (_, value: unknown) => (typeof value === "bigint" ? value.toString() : value));
-    const answer = await worker.request(id => ({ kind: "call", id, name, keys: text }));
+    const transfer = room ? [room] : [];
+    const answer = await worker.request(
+      id => ({ kind: "call", id, name, keys: text, ...(room ? { room } : {}) }),
+      transfer,
+    );
     answer.warnings.forEach(line => this.onWarning(line));
     return answer;
   }

@@ -313,7 +313,7 @@ export type ToWorker =
   | { kind: "start"; wasm: string; copyFrom?: MessagePort } // of a worker that is asked to lend
   | { kind: "lend"; port: MessagePort }
   | { kind: "files"; id: number; files: FileToOpen[] }
-  | { kind: "call"; id: number; name: string; keys: string };
+  | { kind: "call"; id: number; name: string; keys: string; room?: ArrayBuffer }; // for pixels: it may have the size
 export type FromWorker =
   | {
       kind: "answer";
