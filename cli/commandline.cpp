@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <iterator>
 
 #include "completion.h"
 #include "failure.h"
@@ -21,7 +20,7 @@ namespace {
 std::string Overview() {
   std::string text = fmt::format("{}.\n\nUsage: tasklog COMMAND [OPTIONS]\n\nCommands:\n", programSummary);
   const auto row = [&](int width, const char* name, const char* summary) {
-    fmt::format_to(std::back_inserter(text), "  {:<{}}{}\n", name, width, summary);
+    text += fmt::format("  {:<{}}{}\n", name, width, summary);
   };
   for (const Command* command : Commands()) row(10, command->name, command->summary);
   row(10, helpExtra.usage, helpExtra.summary);

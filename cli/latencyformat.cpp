@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "analysis/histogram.h"
+#include "print.h"
 #include "summaryformat.h"
 #include "text.h"
 #include "texttable.h"
@@ -17,11 +18,6 @@ using analysis::Latency;
 using analysis::Summary;
 
 constexpr std::size_t mostBins = 20;
-
-template <class... Args>
-void Print(fmt::memory_buffer& out, fmt::format_string<Args...> format, Args&&... args) {
-  fmt::format_to(fmt::appender(out), format, std::forward<Args>(args)...);
-}
 
 class LatencyText : public LatencyFormat {
  public:
