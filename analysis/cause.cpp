@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <tuple>
 
 namespace analysis {
 namespace {
@@ -17,17 +18,34 @@ double ShareOf(Ticks part, Ticks whole) {
 
 Ticks Beyond(Ticks actual, Ticks normal) { return actual > normal ? actual - normal : 0; }
 
+PartKind Next(PartKind kind) { return static_cast<PartKind>(static_cast<unsigned>(kind) + 1); }
+
+bool IsBefore(const PartExcess& a, const PartExcess& b) {
+  return std::tie(a.kind, a.task) < std::tie(b.kind, b.task);
+}
+
+// By kind and task. The parts of a job are many and those of one kind are in order; normal ones are few.
 std::vector<PartExcess> Against(const std::vector<Part>& actual, const std::vector<Part>& normal) {
-  std::map<std::pair<PartKind, TaskIndex>, PartExcess> parts;
-  for (const Part& part : actual) parts[{part.kind, part.task}] = {part.kind, part.task, 0, part.ticks, 0};
-  for (const Part& part : normal) {
-    PartExcess& one =
-        parts.try_emplace({part.kind, part.task}, PartExcess{part.kind, part.task, 0, 0, 0}).first->second;
-    one.normal = part.ticks;
+  std::vector<PartExcess> parts;
+  parts.reserve(actual.size() + normal.size());
+  for (auto kind = PartKind::execution; parts.size() < actual.size(); kind = Next(kind))
+    for (const Part& part : actual)
+      if (part.kind == kind) parts.push_back({part.kind, part.task, 0, part.ticks, 0});
+  for (const Part& part : normal) parts.push_back({part.kind, part.task, part.ticks, 0, 0});
+  const auto middle = parts.begin() + static_cast<std::ptrdiff_t>(actual.size());
+  std::sort(middle, parts.end(), IsBefore);
+  std::inplace_merge(parts.begin(), middle, parts.end(), IsBefore);
+  std::size_t count = 0;
+  for (const PartExcess& part : parts) {
+    if (count == 0 || IsBefore(parts[count - 1], part)) {
+      parts[count++] = part;
+      continue;
+    }
+    parts[count - 1].normal += part.normal;
+    parts[count - 1].actual += part.actual;
   }
-  std::vector<PartExcess> all;
-  for (const auto& [who, part] : parts) all.push_back(part);
-  return all;
+  parts.resize(count);
+  return parts;
 }
 
 }  // namespace
@@ -105,8 +123,7 @@ void Causes::OrderParts(TaskIndex task, const Stretch& job, std::vector<PartExce
 
 Causes::Delay Causes::DelayOf(TaskIndex task, const Stretch& stretch, const std::vector<Part>& normal,
                               Ticks normalLength) {
-  return {task, stretch, Against(PartsIn(schedule_, task, stretch), normal),
-          Beyond(stretch.Length(), normalLength)};
+  return {task, stretch, Against(finder_.In(task, stretch), normal), Beyond(stretch.Length(), normalLength)};
 }
 
 Link Causes::MakeLink(CauseKind kind, TaskIndex task, Ticks excess, const Stretch& stretch,

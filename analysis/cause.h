@@ -73,7 +73,8 @@ struct Cause {
 
 class Causes {
  public:
-  Causes(const Schedule& schedule, Habits& habits) : schedule_(schedule), habits_(habits) {}
+  Causes(const Schedule& schedule, Habits& habits)
+      : schedule_(schedule), habits_(habits), finder_(schedule) {}
 
   Cause Of(const LateJob& late);
   // Adds what is told of a finding alone: the stretches that grew, and the parts in the order of time.
@@ -128,6 +129,7 @@ class Causes {
 
   const Schedule& schedule_;
   Habits& habits_;
+  PartFinder finder_;
   std::map<TaskIndex, WaitEnds> waitEnds_;  // of tasks that were asked for
 };
 

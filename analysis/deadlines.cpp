@@ -1,5 +1,6 @@
 // Timing issues that a controller raises because a job is late, told from those that are messages.
 #include <algorithm>
+#include <functional>
 #include <map>
 
 #include "issuepoints.h"
@@ -11,7 +12,6 @@ namespace {
 // An issue during a job.
 struct Raised {
   std::size_t issue;  // its place in Schedule::Issues()
-  std::size_t place;  // of the job
   Ticks elapsed;      // since its activation
 };
 
@@ -67,7 +67,7 @@ RaisedBySubject IssuesDuringJobs(const Schedule& schedule, TaskIndex task, std::
     if (job.cutBegin) continue;
     for (std::size_t one = issue; one < issues.size() && issues[one].time <= job.end && pairs < most;
          ++one, ++pairs)
-      all[issues[one].subject].push_back({one, place, issues[one].time - job.activation});
+      all[issues[one].subject].push_back({one, issues[one].time - job.activation});
   }
   return all;
 }
@@ -119,37 +119,58 @@ bool IsMessage(const Schedule& schedule, IssuePointFinder& finder, TaskIndex tas
 struct Candidate {
   TaskIndex task;
   SubjectIndex issue;
-  std::vector<Raised> raised;
+  std::vector<Raised> raised;  // by elapsed time
+  bool isPeriod = false;
   Ticks Length() const { return raised.front().elapsed; }
+  Ticks Latest() const { return raised.back().elapsed; }
 };
 
-// The responses of the first `count` jobs, where they are whole, by length.
-std::vector<Ticks> ResponsesOf(const std::vector<PastJob>& jobs, std::size_t count) {
+// The longest responses of the first `count` jobs, where they are whole: so many at most, by length.
+std::vector<Ticks> LongestResponses(const std::vector<PastJob>& jobs, std::size_t count, std::size_t most) {
   std::vector<Ticks> responses;
+  responses.reserve(count);
   for (std::size_t i = 0; i < count; ++i)
     if (jobs[i].isWhole) responses.push_back(jobs[i].Response());
+  const auto kept = responses.begin() + static_cast<std::ptrdiff_t>(std::min(most, responses.size()));
+  std::nth_element(responses.begin(), kept, responses.end(), std::greater<>());
+  responses.erase(kept, responses.end());
   std::sort(responses.begin(), responses.end());
   return responses;
+}
+
+// So many jobs may take longer than the deadline that these issues show.
+std::size_t MostLonger(const std::vector<Raised>& raised) { return raised.size() * 10 / mostHaveIt; }
+
+// Of each kind of issue the time at which most of them come, if it may be a deadline.
+std::vector<Candidate> TimesOf(const RaisedBySubject& bySubject, TaskIndex task, Ticks period, Ticks least) {
+  std::vector<Candidate> times;
+  for (const auto& [subject, all] : bySubject) {
+    Candidate one{task, subject, MostAtOneTime(all)};
+    one.isPeriod = period > 0 && IsNear(one.Latest(), period);
+    if ((one.raised.size() >= 2 || one.isPeriod) && one.Latest() >= least) times.push_back(std::move(one));
+  }
+  return times;
 }
 
 // The best deadline of the task that each kind of issue shows, if it shows any.
 void AddCandidates(const Schedule& schedule, Habits& habits, TaskIndex task, IssuePointFinder& finder,
                    std::vector<Candidate>& candidates) {
   std::size_t end = 0;
-  RaisedBySubject bySubject = IssuesDuringJobs(schedule, task, end);
+  const RaisedBySubject bySubject = IssuesDuringJobs(schedule, task, end);
   if (bySubject.empty()) return;
-  const Ticks period = habits.PeriodOf(task);
-  const std::vector<Ticks> responses = ResponsesOf(schedule.JobsOf(task), end);
-  for (const auto& [subject, all] : bySubject) {
-    std::vector<Raised> raised = MostAtOneTime(all);
-    const Ticks length = raised.back().elapsed;
-    const bool isPeriod = period > 0 && IsNear(length, period);
-    if ((raised.size() < 2 && !isPeriod) || length < habits.Execution(task).median) continue;
+  std::vector<Candidate> times =
+      TimesOf(bySubject, task, habits.PeriodOf(task), habits.Execution(task).median);
+  std::size_t most = 0;
+  for (const Candidate& one : times) most = std::max(most, MostLonger(one.raised) + 1);
+  const std::vector<Ticks> responses = LongestResponses(schedule.JobsOf(task), end, most);
+  for (Candidate& one : times) {
+    const Ticks length = one.Latest();
     const Ticks clearlyLate = length + length / partsOff + fewTicks;
     const auto longer = responses.end() - std::upper_bound(responses.begin(), responses.end(), clearlyLate);
-    if (raised.size() * 10 < static_cast<std::size_t>(longer) * mostHaveIt) continue;
-    if (!isPeriod && IsMessage(schedule, finder, task, raised, CountAtMultiples(all, length))) continue;
-    candidates.push_back({task, subject, std::move(raised)});
+    if (static_cast<std::size_t>(longer) > MostLonger(one.raised)) continue;
+    const std::size_t fitting = CountAtMultiples(bySubject.at(one.issue), length);
+    if (!one.isPeriod && IsMessage(schedule, finder, task, one.raised, fitting)) continue;
+    candidates.push_back(std::move(one));
   }
 }
 

@@ -18,61 +18,10 @@ constexpr std::uint64_t fewestGood = 8;
 constexpr double leastLonger = 0.2;
 constexpr double leastLater = 0.03;
 
-using PartsByWho = std::map<std::pair<PartKind, TaskIndex>, std::vector<std::uint64_t>>;
-
-// A part that fewer than half of the jobs have is normally 0, and left out.
-std::vector<Part> MediansOf(PartsByWho& all, std::size_t jobs) {
-  std::vector<Part> medians;
-  for (auto& [who, ticks] : all) {
-    ticks.resize(jobs);
-    const std::uint64_t median = Quantile(ticks, 0.5);
-    if (median > 0) medians.push_back({who.first, who.second, median});
-  }
-  return medians;
-}
-
-void Add(PartsByWho& to, const std::vector<Part>& parts) {
-  for (const Part& part : parts) to[{part.kind, part.task}].push_back(part.ticks);
-}
-
 }  // namespace
 
-PartKind KindOf(const Schedule& schedule, TaskIndex of, TaskIndex by) {
-  const std::uint32_t own = schedule.PriorityOf(of);
-  const std::uint32_t other = schedule.PriorityOf(by);
-  return other > own ? PartKind::preemption : other < own ? PartKind::blocking : PartKind::sharing;
-}
-
-std::vector<Part> PartsIn(const Schedule& schedule, TaskIndex task, const Stretch& stretch) {
-  const std::vector<Stretch> waits = schedule.WaitsIn(task, stretch);
-  Ticks execution = 0, dispatch = 0, waiting = 0;
-  for (const Stretch& wait : waits) waiting += wait.Length();
-  std::vector<std::pair<TaskIndex, Ticks>> shares;
-  auto wait = waits.begin();
-  schedule.ForEachRun(stretch, [&](TaskIndex by, const Stretch& run) {
-    if (by == task) return void(execution += run.Length());
-    Ticks ready = run.Length();
-    while (wait != waits.end() && wait->to <= run.from) ++wait;
-    for (auto one = wait; one != waits.end() && one->from < run.to; ++one)
-      ready -= std::min(one->to, run.to) - std::max(one->from, run.from);
-    if (schedule.IsIdle(by)) return void(dispatch += ready);
-    if (ready > 0) shares.emplace_back(by, ready);
-  });
-  std::sort(shares.begin(), shares.end());
-  std::vector<Part> parts{{PartKind::execution, task, execution}};
-  for (const auto& [by, ticks] : shares) {
-    if (parts.size() > 1 && parts.back().task == by)
-      parts.back().ticks += ticks;
-    else
-      parts.push_back({KindOf(schedule, task, by), by, ticks});
-  }
-  if (dispatch > 0) parts.push_back({PartKind::dispatch, noTask, dispatch});
-  if (waiting > 0) parts.push_back({PartKind::waiting, task, waiting});
-  return parts;
-}
-
 Habits::Habits(const Schedule& schedule, const Schedule* good)
-    : schedule_(schedule), tasks_(schedule.TaskCount()) {
+    : schedule_(schedule), finder_(schedule), medians_(schedule.TaskCount()), tasks_(schedule.TaskCount()) {
   if (!good) return;
   good_ = std::make_unique<Habits>(*good);
   inGood_.assign(schedule.TaskCount(), noTask);
@@ -104,6 +53,7 @@ const Usual& Habits::Find(TaskIndex task, std::size_t which, double leastShare, 
   std::optional<Usual>& usual = tasks_[task].usual[which];
   if (usual) return *usual;
   std::vector<std::uint64_t> values;
+  values.reserve(schedule_.JobsOf(task).size());
   for (const PastJob& job : schedule_.JobsOf(task))
     if (const auto value = pick(job)) values.push_back(*value);
   usual = FindUsual(values, leastShare, leastDistance);
@@ -157,6 +107,7 @@ std::size_t Habits::ChangeOf(TaskIndex task) {
   for (const Usual* usual : {&Response(task), &Execution(task), &Waiting(task)})
     if (usual->changedAt && usual->medianAfter > usual->medianBefore)
       least = std::min(least, *usual->changedAt);
+  if (least == SIZE_MAX) return jobs.size();
   std::size_t whole = 0;
   std::size_t place = 0;
   while (place < jobs.size() && whole < least) whole += jobs[place++].isWhole;
@@ -166,8 +117,9 @@ std::size_t Habits::ChangeOf(TaskIndex task) {
 Ticks Habits::NormalResponse(TaskIndex task) {
   std::optional<Ticks>& response = tasks_[task].response;
   if (response) return *response;
-  if (AreOfGoodLog(task)) return response.emplace(Response(task).median);
   const std::size_t end = ChangeOf(task);
+  if (AreOfGoodLog(task) || end == schedule_.JobsOf(task).size())
+    return response.emplace(Response(task).median);
   std::vector<std::uint64_t> responses;
   for (std::size_t i = 0; i < end; ++i)
     if (schedule_.JobsOf(task)[i].isWhole) responses.push_back(schedule_.JobsOf(task)[i].Response());
@@ -181,14 +133,9 @@ const std::vector<Part>& Habits::NormalParts(TaskIndex task) {
   const std::vector<PastJob>& jobs = schedule_.JobsOf(task);
   const std::size_t end = ChangeOf(task);
   const std::size_t step = end / mostSamples + 1;
-  PartsByWho all;
-  std::size_t count = 0;
-  for (std::size_t i = 0; i < end; i += step) {
-    if (!jobs[i].isWhole) continue;
-    Add(all, PartsIn(schedule_, task, {jobs[i].activation, jobs[i].end}));
-    ++count;
-  }
-  return parts.emplace(count == 0 ? std::vector<Part>() : MediansOf(all, count));
+  for (std::size_t i = 0; i < end; i += step)
+    if (jobs[i].isWhole) medians_.Add(finder_.In(task, {jobs[i].activation, jobs[i].end}));
+  return parts.emplace(medians_.Take());
 }
 
 const std::vector<Part>& Habits::NormalPartsUntil(TaskIndex by, TaskIndex task) {
@@ -196,15 +143,12 @@ const std::vector<Part>& Habits::NormalPartsUntil(TaskIndex by, TaskIndex task) 
   if (parts) return *parts;
   const std::vector<PastJob>& jobs = schedule_.JobsOf(task);
   const std::size_t step = jobs.size() / mostSamples + 1;
-  PartsByWho all;
-  std::size_t count = 0;
   for (std::size_t i = 0; i < jobs.size(); i += step) {
     const PastJob* activator = jobs[i].activator == by ? schedule_.JobAt(by, jobs[i].activation) : nullptr;
     if (!activator || activator->cutBegin) continue;
-    Add(all, PartsIn(schedule_, by, {activator->activation, jobs[i].activation}));
-    ++count;
+    medians_.Add(finder_.In(by, {activator->activation, jobs[i].activation}));
   }
-  return parts.emplace(count == 0 ? std::vector<Part>() : MediansOf(all, count));
+  return parts.emplace(medians_.Take());
 }
 
 }  // namespace analysis

@@ -7,18 +7,12 @@
 #include <vector>
 
 #include "activators.h"
-#include "parts.h"
+#include "partfinder.h"
+#include "partmedians.h"
 #include "schedule.h"
 #include "usual.h"
 
 namespace analysis {
-
-// What a job of `of` that is ready suffers while `by` has the processor.
-PartKind KindOf(const Schedule& schedule, TaskIndex of, TaskIndex by);
-
-// What a job does in a stretch: execution first, then who else had the processor, by task, dispatch and
-// waiting.
-std::vector<Part> PartsIn(const Schedule& schedule, TaskIndex task, const Stretch& stretch);
 
 class Habits {
  public:
@@ -57,6 +51,8 @@ class Habits {
   const Usual& Find(TaskIndex task, std::size_t which, double leastShare, Ticks leastDistance, Pick pick);
 
   const Schedule& schedule_;
+  PartFinder finder_;
+  PartMedians medians_;
   std::unique_ptr<Habits> good_;   // null: the lane itself says what is normal
   std::vector<TaskIndex> inGood_;  // by TaskIndex
   std::vector<TaskIndex> ofGood_;  // back, by that of the good log

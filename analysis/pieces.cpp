@@ -1,6 +1,6 @@
 #include "pieces.h"
 
-#include "habits.h"
+#include "partfinder.h"
 
 namespace analysis {
 namespace {

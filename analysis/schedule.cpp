@@ -45,7 +45,7 @@ class Schedule::Collector {
     to_.runBegins_.push_back(gap.from);
     to_.runTasks_.push_back(noTask);
   }
-  void OnEnd(Ticks) {}
+  void OnEnd(Ticks stop) { to_.runBegins_.push_back(stop); }
 
  private:
   static constexpr Ticks notWaiting = UINT64_MAX;
@@ -57,7 +57,6 @@ Schedule::Schedule(const Lane& lane, const Conventions& conventions)
     : lane_(&lane),
       idle_(conventions.idle),
       knowsMeanings_(conventions.meanings.AreKnown()),
-      end_(lane.StopTime()),
       runTimes_(lane.Tasks().size()),
       jobs_(lane.Tasks().size()),
       waits_(lane.Tasks().size()) {
@@ -79,10 +78,30 @@ std::pair<std::size_t, std::size_t> Schedule::JobsIn(TaskIndex task, const Stret
   return {static_cast<std::size_t>(first - jobs.begin()), static_cast<std::size_t>(last - jobs.begin())};
 }
 
-// The last run that begins at or before `time`, else the first.
-std::size_t Schedule::RunAt(Ticks time) const {
-  const auto behind = std::upper_bound(runBegins_.begin(), runBegins_.end(), time);
-  return static_cast<std::size_t>(behind - runBegins_.begin()) - (behind != runBegins_.begin());
+std::size_t Schedule::RunAt(Ticks time, std::size_t near) const {
+  const std::size_t count = runTasks_.size();
+  std::size_t low = std::min(near, count),
+              high = low;  // the first that begins later is none of those between
+  std::size_t step = 1;
+  while (high < count && runBegins_[high] <= time) {
+    low = high + 1;
+    high += std::min(step, count - high);
+    step *= 2;
+  }
+  while (low > 0 && runBegins_[low - 1] > time) {
+    high = low - 1;
+    low -= std::min(step, low);
+    step *= 2;
+  }
+  return RunAt(time, low, high);
+}
+
+// The first that begins later lies there, or at `high`.
+std::size_t Schedule::RunAt(Ticks time, std::size_t low, std::size_t high) const {
+  const auto begin = runBegins_.begin();
+  const auto behind = std::upper_bound(begin + static_cast<std::ptrdiff_t>(low),
+                                       begin + static_cast<std::ptrdiff_t>(high), time);
+  return static_cast<std::size_t>(behind - begin) - (behind != begin);
 }
 
 TaskIndex Schedule::RunningBefore(Ticks time) const {

@@ -53,23 +53,35 @@ class Schedule {
   // `noTask`.
   template <class Use>
   void ForEachRun(const Stretch& within, Use use) const {
-    for (std::size_t i = RunAt(within.from); i < runTasks_.size() && runBegins_[i] < within.to; ++i) {
-      const Ticks from = std::max(runBegins_[i], within.from);
-      const Ticks to = std::min(i + 1 < runTasks_.size() ? runBegins_[i + 1] : end_, within.to);
-      if (to > from) use(runTasks_[i], Stretch{from, to});
-    }
+    ForEachRunFrom(RunAt(within.from), within, use);
   }
+  // The same for who knows the run at `within.from`. Returns the run behind the last.
+  template <class Use>
+  std::size_t ForEachRunFrom(std::size_t run, const Stretch& within, Use use) const {
+    if (run >= runTasks_.size()) return run;
+    Ticks from = std::max(runBegins_[run], within.from);
+    for (; run < runTasks_.size() && from < within.to; ++run) {
+      const Ticks end = runBegins_[run + 1];
+      const Ticks to = std::min(end, within.to);
+      if (to > from) use(runTasks_[run], Stretch{from, to});
+      from = end;
+    }
+    return run;
+  }
+  // The last run that begins at or before `time`, else the first.
+  std::size_t RunAt(Ticks time) const { return RunAt(time, 0, runTasks_.size()); }
+  // The same in the logarithm of how far it is from the run `near`.
+  std::size_t RunAt(Ticks time, std::size_t near) const;
 
  private:
   class Collector;
 
-  std::size_t RunAt(Ticks time) const;
+  std::size_t RunAt(Ticks time, std::size_t low, std::size_t high) const;
 
   const Lane* lane_;
   TaskIndex idle_;
   bool knowsMeanings_;
-  Ticks end_;
-  std::vector<Ticks> runBegins_;
+  std::vector<Ticks> runBegins_;  // and the end of the last
   std::vector<TaskIndex> runTasks_;
   std::vector<Ticks> runTimes_;              // by TaskIndex
   std::vector<std::vector<PastJob>> jobs_;   // by TaskIndex

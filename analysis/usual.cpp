@@ -21,12 +21,44 @@ constexpr double mostOnWrongSide = 0.03;
 // The fewer the values, the further apart two of them may lie by chance.
 std::uint64_t RangesApart(std::size_t count) { return count >= 30 ? 1 : count >= 15 ? 2 : 4; }
 
-void FindOutliers(std::vector<std::uint64_t>& values, std::uint64_t leastDistance, Usual& usual) {
+using Values = std::vector<std::uint64_t>;
+
+// Where the smallest value stands that at least this share of them does not exceed.
+Values::iterator PlaceOf(Values& values, double share) {
+  const auto rank = static_cast<std::size_t>(std::ceil(share * static_cast<double>(values.size())));
+  return values.begin() + static_cast<std::ptrdiff_t>(std::max<std::size_t>(rank, 1) - 1);
+}
+
+std::uint64_t ValueAt(Values::iterator place, Values::iterator from, Values::iterator to) {
+  std::nth_element(from, place, to);
+  return *place;
+}
+
+// Each is looked for on its side of those before; `values` are reordered.
+struct Quantiles {
+  explicit Quantiles(Values& values) {
+    const auto middle = PlaceOf(values, 0.5);
+    median = ValueAt(middle, values.begin(), values.end());
+    const auto upper = PlaceOf(values, 0.75);
+    threeQuarters = ValueAt(upper, middle, values.end());
+    nineTenths = ValueAt(PlaceOf(values, 0.9), upper, values.end());
+    const auto lower = PlaceOf(values, 0.25);
+    quarter = lower < middle ? ValueAt(lower, values.begin(), middle) : median;
+    const auto tenthPlace = PlaceOf(values, 0.1);
+    tenth = ValueAt(tenthPlace, values.begin(), lower + 1);
+    low = ValueAt(PlaceOf(values, 0.05), values.begin(), tenthPlace + 1);
+  }
+
+  std::uint64_t low, tenth, quarter, median, threeQuarters, nineTenths;
+};
+
+// `values` are as Quantiles leaves them.
+void FindOutliers(Values& values, std::uint64_t leastDistance, Usual& usual) {
   const std::size_t count = values.size();
   const auto most =
       std::max<std::size_t>(1, static_cast<std::size_t>(mostOutliers * static_cast<double>(count)));
   const auto tail = values.begin() + static_cast<std::ptrdiff_t>(count - most - 1);
-  std::nth_element(values.begin(), tail, values.end());
+  std::nth_element(PlaceOf(values, 0.75), tail, values.end());
   std::sort(tail, values.end());
   usual.high = values.back();
   for (std::size_t i = count - most; i < count; ++i) {
@@ -56,11 +88,9 @@ bool AreRegular(const std::vector<std::uint64_t>& values, const Usual& usual) {
 }
 
 // Where values of two sizes stand in two rows, one behind the other.
-void FindChange(const std::vector<std::uint64_t>& values, Usual& usual) {
+void FindChange(const std::vector<std::uint64_t>& values, std::uint64_t small, std::uint64_t large,
+                Usual& usual) {
   const std::size_t count = values.size();
-  std::vector<std::uint64_t> sorted = values;
-  const std::uint64_t small = Quantile(sorted, 0.1);
-  const std::uint64_t large = Quantile(sorted, 0.9);
   if (static_cast<double>(large) < leastChange * static_cast<double>(small) || large <= small + 2) return;
   const std::uint64_t middle = small + (large - small) / 2;
   // The balance of large over small ones is least where they begin to be large, and most where they cease.
@@ -90,27 +120,26 @@ void FindChange(const std::vector<std::uint64_t>& values, Usual& usual) {
 }  // namespace
 
 std::uint64_t Quantile(std::vector<std::uint64_t>& values, double share) {
-  const auto rank = static_cast<std::size_t>(std::ceil(share * static_cast<double>(values.size())));
-  const auto place = values.begin() + static_cast<std::ptrdiff_t>(std::max<std::size_t>(rank, 1) - 1);
-  std::nth_element(values.begin(), place, values.end());
-  return *place;
+  return ValueAt(PlaceOf(values, share), values.begin(), values.end());
 }
 
 Usual FindUsual(const std::vector<std::uint64_t>& values, double leastShare, std::uint64_t leastDistance) {
   Usual usual;
   usual.count = values.size();
   if (values.empty()) return usual;
-  std::vector<std::uint64_t> sorted = values;
-  usual.low = Quantile(sorted, 0.05);
-  usual.quarter = Quantile(sorted, 0.25);
-  usual.median = Quantile(sorted, 0.5);
-  usual.threeQuarters = Quantile(sorted, 0.75);
   usual.high = usual.most = *std::max_element(values.begin(), values.end());
+  if (usual.most == 0) return usual;
+  std::vector<std::uint64_t> sorted = values;
+  const Quantiles quantiles(sorted);
+  usual.low = quantiles.low;
+  usual.quarter = quantiles.quarter;
+  usual.median = quantiles.median;
+  usual.threeQuarters = quantiles.threeQuarters;
   if (values.size() < fewest) return usual;
   const auto share = static_cast<std::uint64_t>(leastShare * static_cast<double>(usual.median));
   FindOutliers(sorted, std::max(leastDistance, share), usual);
   usual.isRegular = AreRegular(values, usual);
-  if (values.size() >= 2 * fewest) FindChange(values, usual);
+  if (values.size() >= 2 * fewest) FindChange(values, quantiles.tenth, quantiles.nineTenths, usual);
   return usual;
 }
 

@@ -28,6 +28,13 @@ async function memoryOf(browser) {
   return Math.max(...kilobytes) * 1024;
 }
 
+// Seconds of the processor that the tab took so far. They do not count what other programs do in between.
+async function secondsOf(browser) {
+  const session = await browser.newBrowserCDPSession();
+  const { processInfo } = await session.send("SystemInfo.getProcessInfo");
+  return Math.max(...processInfo.filter(({ type }) => type === "renderer").map(({ cpuTime }) => cpuTime));
+}
+
 async function emptyPage() {
   const browser = await launch();
   const page = await browser.newPage({ viewport });
@@ -89,14 +96,19 @@ const page = await browser.newPage({ viewport });
 await page.goto(pathToFileURL(resolve(file)).href, { timeout: patience, waitUntil: "commit" });
 await page.waitForSelector("#area[data-drawn]", { timeout: patience });
 const first = await page.evaluate(() => performance.getEntriesByName("first picture")[0].startTime);
+const loading = await secondsOf(browser);
+const slowest = await page.evaluate(moveAround); // while findings are looked for
+await page.waitForFunction(() => !window.tasklog.store.now.isLooking, null, { timeout: patience });
 await page.waitForTimeout(3000); // what is no longer needed goes
 const memory = (await memoryOf(browser)) - empty;
-await page.waitForFunction(() => !window.tasklog.store.now.isLooking, null, { timeout: patience });
+const before = await secondsOf(browser);
 const moving = await page.evaluate(moveAround);
+const ofPicture = ((await secondsOf(browser)) - before) / moving.pictures;
 const pictures = await page.evaluate(timePictures);
 const later = (await memoryOf(browser)) - empty;
 await browser.close();
-console.log(`  first picture    ${(first / 1000).toFixed(2)} s
-  frame            p50 ${share(moving.frames, 0.5)} ms, p95 ${share(moving.frames, 0.95)} ms; ${moving.pictures} new pictures in ${moving.frames.length} frames
+console.log(`  first picture    ${(first / 1000).toFixed(2)} s, ${loading.toFixed(2)} s of the processor
+  first frames     p95 ${share(slowest.frames, 0.95)} ms, at most ${share(slowest.frames, 1)} ms; ${slowest.pictures} new pictures in ${slowest.frames.length} frames
+  frame            p50 ${share(moving.frames, 0.5)} ms, p95 ${share(moving.frames, 0.95)} ms; ${moving.pictures} new pictures in ${moving.frames.length} frames, ${(ofPicture * 1000).toFixed(1)} ms of the processor each
   picture of a view p50 ${share(pictures, 0.5)} ms, p95 ${share(pictures, 0.95)} ms, from the key to the picture
   memory of the tab ${(memory / entries).toFixed(1)} bytes an entry, ${(later / entries).toFixed(1)} behind ${moving.pictures + pictures.length} pictures`);

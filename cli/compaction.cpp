@@ -77,6 +77,11 @@ std::vector<std::string> TablesOfDay(const std::string& folder) {
   return tables;
 }
 
+bool HoldsJoinedOnly(const std::string& folder) {
+  const std::vector<std::string> machines = NamesIn(folder);
+  return std::all_of(machines.begin(), machines.end(), [](const auto& name) { return name == joinedFolder; });
+}
+
 // False where the file system cannot.
 bool Exchange(const std::string& a, const std::string& b) {
   if (::renameat2(AT_FDCWD, a.c_str(), AT_FDCWD, b.c_str(), RENAME_EXCHANGE) == 0) return true;
@@ -103,8 +108,9 @@ Compaction::~Compaction() { ::close(lock_); }
 
 void Compaction::Run(const std::function<void(double)>& progress,
                      const std::function<void(const std::string&)>& complain) {
-  FinishLastOne();
-  const std::vector<std::string> days = DaysIn(dataset_);
+  const std::set<std::string> unfinished = FinishLastOne(complain);
+  std::vector<std::string> days = DaysIn(dataset_);
+  std::erase_if(days, [&](const std::string& day) { return unfinished.contains(day); });
   for (std::size_t i = 0; i < days.size() && StopRequests() == 0; ++i) {
     const std::vector<std::string> files = TablesOfDay(dataset_ + "/" + days[i]);
     before_ += files.size();
@@ -120,14 +126,25 @@ void Compaction::Run(const std::function<void(double)>& progress,
 }
 
 // One that was killed left folders: of files that were joined already, or of joined ones that were not in
-// place.
-void Compaction::FinishLastOne() {
+// place. Where the files that they were made of are, the latter go, and nothing is read: one of those files
+// may be what keeps a day from being joined. Returns the days that stay as they are.
+std::set<std::string> Compaction::FinishLastOne(
+    const std::function<void(const std::string&)>& complain) const {
+  std::set<std::string> unfinished;
   for (const std::string& name : DaysIn(work_)) {
-    const bool isAside = name.ends_with(asideSuffix);
-    const std::string day =
-        isAside ? name.substr(0, name.size() - std::string_view(asideSuffix).size()) : name;
-    Fold(work_ + "/" + name, dataset_ + "/" + day);
+    const std::string folder = work_ + "/" + name;
+    const std::string day = name.substr(0, name.find(asideSuffix));
+    try {
+      if (name == day && HoldsJoinedOnly(folder) && !fs::exists(folder + asideSuffix))
+        Remove(folder);
+      else
+        Fold(folder, dataset_ + "/" + day);
+    } catch (const Failure& failure) {
+      complain(failure.what());
+      unfinished.insert(day);
+    }
   }
+  return unfinished;
 }
 
 void Compaction::Join(const std::string& day, const std::vector<std::string>& files) {

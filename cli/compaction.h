@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -26,7 +27,7 @@ class Compaction {
   std::uint64_t Days() const { return days_; }
 
  private:
-  void FinishLastOne();
+  std::set<std::string> FinishLastOne(const std::function<void(const std::string&)>& complain) const;
   void Join(const std::string& day, const std::vector<std::string>& files);
   void PutInPlace(const std::string& day) const;
   void Fold(const std::string& from, const std::string& to) const;

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "analysis/histogram.h"
 #include "print.h"
 #include "summaryformat.h"
 #include "text.h"
@@ -100,7 +99,8 @@ class LatencyJson : public LatencyFormat {
     json_.Key("unmatched").Count(lane.latencies.UnmatchedBegins());
     json_.Key("latency");
     AddSummary(json_, lengths.Summarize());
-    AddHistogram(MakeHistogram(lengths, mostBins));
+    json_.Key("histogram");
+    AddHistogram(json_, MakeHistogram(lengths, mostBins));
     json_.Key("worst").BeginArray();
     for (const Latency& latency : lane.worst) AddLatency(latency);
     json_.EndArray();
@@ -110,21 +110,6 @@ class LatencyJson : public LatencyFormat {
   void End() override { json_.EndRows(); }
 
  private:
-  void AddHistogram(const Histogram& histogram) {
-    json_.Key("histogram").BeginObject();
-    json_.Key("logarithmic").Bool(histogram.logarithmic);
-    json_.Key("bins").BeginArray();
-    for (const Bin& bin : histogram.bins) {
-      json_.BeginObject();
-      json_.Key("fromTicks").Ticks(bin.from);
-      json_.Key("toTicks").Ticks(bin.to);
-      json_.Key("count").Count(bin.count);
-      json_.EndObject();
-    }
-    json_.EndArray();
-    json_.EndObject();
-  }
-
   void AddLatency(const Latency& latency) {
     json_.BeginObject();
     json_.Key("beginTicks").Ticks(latency.begin);

@@ -132,15 +132,14 @@ class LaneDrawing {
   double BarHeight(double share) const { return std::max(share * height_, leastBar); }
 
   // Shares of pixels, from the bottom of the row; equal neighbours are one.
-  void DrawBars(const std::vector<float>& shares, Rgb colour) {
+  void DrawBars(const std::vector<timeline::Share>& shares, Rgb colour) {
     SvgPath path;
-    for (std::size_t x = 0; x < shares.size();) {
-      std::size_t end = x + 1;
-      while (end < shares.size() && shares[end] == shares[x]) ++end;
-      const double bar = BarHeight(shares[x]);
-      if (shares[x] > 0)
-        path.Rect(Left(static_cast<double>(x)), top_ + height_ - bar, static_cast<double>(end - x), bar);
-      x = end;
+    for (auto share = shares.begin(); share != shares.end();) {
+      std::uint32_t end = share->x;
+      const auto first = share;
+      while (share != shares.end() && share->x == end && share->part == first->part) ++share, ++end;
+      const double bar = BarHeight(first->part);
+      path.Rect(Left(first->x), top_ + height_ - bar, end - first->x, bar);
     }
     svg_.Path(path, "shape-rendering=\"crispEdges\" fill=\"" + ColourText(colour) + "\"");
   }
@@ -150,12 +149,11 @@ class LaneDrawing {
     const timeline::RowChoice all{.hidesEmpty = false};
     std::vector<double> level(window_.Width());
     for (const TaskIndex task : timeline::RowsOf(lane_.tracks, all, window_.From(), window_.To())) {
-      if (runs_[task].isEmpty || task == lane_.of.conventions.idle) continue;
+      if (runs_[task].IsEmpty() || task == lane_.of.conventions.idle) continue;
       SvgPath path;
-      for (std::size_t x = 0; x < level.size(); ++x) {
-        if (runs_[task].shares[x] <= 0) continue;
-        const double bar = runs_[task].shares[x] * height_;
-        path.Rect(Left(static_cast<double>(x)), top_ + height_ - level[x] - bar, 1, bar);
+      for (const auto& [x, part] : runs_[task].shares) {
+        const double bar = part * height_;
+        path.Rect(Left(x), top_ + height_ - level[x] - bar, 1, bar);
         level[x] += bar;
       }
       svg_.Path(path, "fill=\"" + ColourText(Colour(task)) + "\"");

@@ -20,18 +20,6 @@ void AddPart(fleet::Identity& identity, std::string_view bytes) {
   identity.Add(bytes);
 }
 
-// What is in the files, and what tells equal files of two machines apart.
-std::string IdentityOf(const std::vector<Lane>& lanes, const Metadata* metadata) {
-  fleet::Identity identity;
-  AddPart(identity, metadata ? metadata->target : "");
-  AddPart(identity, metadata ? metadata->startedAt : "");
-  for (const Lane& lane : lanes) {
-    AddPart(identity, lane.name);
-    for (const LaneFile& file : lane.files) AddPart(identity, ReadWhole(file.path, [](double) {}));
-  }
-  return identity.Text();
-}
-
 // "press/@1" and "press" are one machine.
 std::string WithoutKernel(const std::string& target) {
   const std::size_t at = target.rfind('@');
@@ -40,6 +28,32 @@ std::string WithoutKernel(const std::string& target) {
                                     [](unsigned char c) { return std::isdigit(c); });
   const char before = target[at - 1];
   return isNumber && (before == '/' || before == '\\') ? target.substr(0, at - 1) : target;
+}
+
+// What the recording says itself.
+Partition PartitionOf(const Metadata* metadata) {
+  constexpr std::size_t dayLength = 10;
+  if (!metadata) return {};
+  Partition partition{metadata->startedAt.substr(0, dayLength), WithoutKernel(metadata->target)};
+  if (!IsDay(partition.day)) partition.day.clear();
+  return partition;
+}
+
+// What is in the files, and what tells equal files of two machines apart. Under another machine or day than
+// its own a recording is another one; when all files of a day are joined, one of the two would be lost
+// otherwise.
+std::string IdentityOf(const std::vector<Lane>& lanes, const Metadata* metadata, const Partition& partition) {
+  fleet::Identity identity;
+  AddPart(identity, metadata ? metadata->target : "");
+  AddPart(identity, metadata ? metadata->startedAt : "");
+  for (const Lane& lane : lanes) {
+    AddPart(identity, lane.name);
+    for (const LaneFile& file : lane.files) AddPart(identity, ReadWhole(file.path, [](double) {}));
+  }
+  const Partition own = PartitionOf(metadata);
+  if (partition.machine != own.machine) AddPart(identity, "machine=" + partition.machine);
+  if (partition.day != own.day) AddPart(identity, "day=" + partition.day);
+  return identity.Text();
 }
 
 // Returns the number of entries.
@@ -54,16 +68,6 @@ std::uint64_t AddLane(const AnalysedLane& lane, fleet::Rows& rows) {
 
 }  // namespace
 
-Partition Summarizer::PartitionOf(const Metadata* metadata) const {
-  constexpr std::size_t dayLength = 10;
-  Partition partition{day_, machine_};
-  if (!metadata) return partition;
-  if (partition.machine.empty()) partition.machine = WithoutKernel(metadata->target);
-  if (partition.day.empty()) partition.day = metadata->startedAt.substr(0, dayLength);
-  if (!IsDay(partition.day)) partition.day.clear();
-  return partition;
-}
-
 Summarized Summarizer::Summarize(const std::string& path) {
   const std::vector<Lane> lanes = FindLanes({path});
   for (const Lane& lane : lanes)
@@ -71,8 +75,10 @@ Summarized Summarizer::Summarize(const std::string& path) {
   const Metadata* metadata = nullptr;
   for (const Lane& lane : lanes)
     if (!metadata) metadata = lane.files.front().metadata.get();
-  const Partition partition = PartitionOf(metadata);
-  const std::string identity = IdentityOf(lanes, metadata);
+  Partition partition = PartitionOf(metadata);
+  if (!machine_.empty()) partition.machine = machine_;
+  if (!day_.empty()) partition.day = day_;
+  const std::string identity = IdentityOf(lanes, metadata, partition);
   if (dataset_.Has(partition, identity)) return {Summarized::Outcome::known};
   fleet::Recording recording{.identity = identity, .source = path, .machine = partition.machine};
   if (metadata) {

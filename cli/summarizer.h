@@ -23,8 +23,6 @@ class Summarizer {
   Summarized Summarize(const std::string& path);
 
  private:
-  Partition PartitionOf(const Metadata* metadata) const;
-
   const AnalysisOptions& options_;
   std::string machine_;
   std::string day_;

@@ -48,6 +48,21 @@ void AddSummary(JsonWriter& json, const Summary& summary) {
   json.EndObject();
 }
 
+void AddHistogram(JsonWriter& json, const analysis::Histogram& histogram) {
+  json.BeginObject();
+  json.Key("logarithmic").Bool(histogram.logarithmic);
+  json.Key("bins").BeginArray();
+  for (const analysis::Bin& bin : histogram.bins) {
+    json.BeginObject();
+    json.Key("fromTicks").Ticks(bin.from);
+    json.Key("toTicks").Ticks(bin.to);
+    json.Key("count").Count(bin.count);
+    json.EndObject();
+  }
+  json.EndArray();
+  json.EndObject();
+}
+
 void AddSummaryColumns(CsvWriter& csv, std::string_view name) {
   const std::string prefix = SnakeCase(name) + "_";
   csv.Text(prefix + "count");

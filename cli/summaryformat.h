@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "analysedlane.h"
+#include "analysis/histogram.h"
 #include "analysis/values.h"
 #include "csvwriter.h"
 #include "jsonwriter.h"
@@ -12,6 +13,9 @@ namespace cli {
 
 // {"count":...,"min":...}; of a series without values all but the count are null.
 void AddSummary(JsonWriter& json, const analysis::Summary& summary);
+
+// {"logarithmic":...,"bins":[...]}
+void AddHistogram(JsonWriter& json, const analysis::Histogram& histogram);
 
 // "startLatency" heads the columns start_latency_count, start_latency_min, ...
 void AddSummaryColumns(CsvWriter& csv, std::string_view name);

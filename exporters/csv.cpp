@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "digits.h"
 #include "entries.h"
 #include "outputfile.h"
 #include "text.h"
@@ -9,7 +10,14 @@
 namespace exporters {
 namespace {
 
+// The ticks, a comma and the seconds.
+constexpr std::size_t mostRowTimeBytes = mostDigits + 1 + mostTimeBytes;
+
 void Append(fmt::memory_buffer& out, std::string_view text) { out.append(text); }
+
+std::string Fields(const tasklog::Category& category) {
+  return fmt::format("{},{}", CsvField(category.Name()), category.Id());
+}
 
 class Csv : public Exporter {
  public:
@@ -45,9 +53,8 @@ CsvRows::CsvRows(const Logs& logs, const RowStyle& style)
       laneHeader_(style.lane.empty() ? "\r\n" : ",lane\r\n"),
       lane_(style.lane.empty() ? "\r\n" : "," + CsvField(style.lane) + "\r\n"),
       types_([](ETLLogType type) { return fmt::format(",{},{},", TypeName(type), type); }),
-      categories_(logs, ",", [](const tasklog::Category& category) {
-        return fmt::format("{},{}", CsvField(category.Name()), category.Id());
-      }) {}
+      subjects_(logs, ",,", [](const tasklog::Category& category) { return Fields(category) + ","; }),
+      running_(logs, "," + lane_, [this](const tasklog::Category& c) { return Fields(c) + lane_; }) {}
 
 void CsvRows::Header(fmt::memory_buffer& out) const {
   Append(out, "ticks,");
@@ -56,23 +63,27 @@ void CsvRows::Header(fmt::memory_buffer& out) const {
   Append(out, laneHeader_);
 }
 
-void CsvRows::AppendTime(fmt::memory_buffer& out, std::uint64_t ticks) const {
-  AppendNumber(out, ticks);
-  if (seconds_) out.push_back(',');
-  if (seconds_ && time_.HasSeconds()) time_.AppendSince(out, ticks);
+char* CsvRows::PutTime(char* at, std::uint64_t ticks) const {
+  at = PutNumber(at, ticks);
+  if (seconds_) *at++ = ',';
+  return seconds_ && time_.HasSeconds() ? time_.PutSince(at, ticks) : at;
 }
 
+// A row is put into room that is made at once.
 void CsvRows::Add(fmt::memory_buffer& out, TLEntry entry) const {
-  AppendTime(out, TLEntryGetTimestamp(entry));
-  Append(out, types_.Of(entry));
-  Append(out, categories_.Of(entry, 0));
-  out.push_back(',');
-  Append(out, categories_.Of(entry, 1));
-  Append(out, lane_);
+  const PaddedText& type = types_.TextOf(entry);
+  const PaddedText& subject = subjects_.TextOf(entry, 0);
+  const PaddedText& running = running_.TextOf(entry, 1);
+  const std::size_t size = out.size();
+  out.resize(size + mostRowTimeBytes + type.Size() + subject.Size() + running.Size() + PaddedText::slack);
+  char* at = PutTime(out.data() + size, TLEntryGetTimestamp(entry));
+  at = running.PutAt(subject.PutAt(type.PutAt(at)));
+  out.resize(static_cast<std::size_t>(at - out.data()));
 }
 
 void CsvRows::Add(fmt::memory_buffer& out, std::uint64_t ticks, std::string_view type) const {
-  AppendTime(out, ticks);
+  char time[mostRowTimeBytes];
+  out.append(time, PutTime(time, ticks));
   out.push_back(',');
   Append(out, type);
   Append(out, ",,,,,");

@@ -34,14 +34,15 @@ class CsvRows {
   void Add(fmt::memory_buffer& out, std::uint64_t ticks, std::string_view type) const;
 
  private:
-  void AppendTime(fmt::memory_buffer& out, std::uint64_t ticks) const;
+  char* PutTime(char* at, std::uint64_t ticks) const;
 
   TimeFormat time_;
   bool seconds_;
   std::string_view laneHeader_;
   std::string lane_;
   TypeLabels types_;
-  Labels categories_;
+  Labels subjects_;
+  Labels running_;  // and the end of the row
 };
 
 std::unique_ptr<Exporter> MakeCsv(Files& files);

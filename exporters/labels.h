@@ -4,8 +4,11 @@
 #include <array>
 #include <bit>
 #include <cstdint>
+#include <cstring>
 #include <string>
+#include <string_view>
 #include <tasklog/tasklog.hpp>
+#include <utility>
 #include <vector>
 
 #include "analysis/lane.h"
@@ -30,21 +33,43 @@ inline Logs LogsOf(const analysis::Lane& lane) {
   return logs;
 }
 
+// A text with room behind it, so that most are copied in pieces of one fixed size.
+class PaddedText {
+ public:
+  static constexpr std::size_t slack = 32;
+
+  PaddedText() : PaddedText(std::string()) {}
+  explicit PaddedText(std::string text) : bytes_(std::move(text)) { bytes_.append(slack, '\0'); }
+
+  std::size_t Size() const { return bytes_.size() - slack; }
+  std::string_view View() const { return {bytes_.data(), Size()}; }
+  // To where there is room for `slack` bytes more than the text has; returns what is behind the text.
+  char* PutAt(char* at) const {
+    std::memcpy(at, bytes_.data(), slack);
+    if (Size() > slack) std::memcpy(at + slack, bytes_.data() + slack, Size() - slack);
+    return at + Size();
+  }
+
+ private:
+  std::string bytes_;
+};
+
 // A text for each category of some logs.
 class Labels {
  public:
   template <class Render>
-  Labels(const Logs& logs, std::string none, Render render) : none_(std::move(none)) {
+  Labels(const Logs& logs, std::string none, Render render) : none_(PaddedText(std::move(none))) {
     std::size_t count = 1;
     for (const tasklog::Log* log : logs) count += log->CategoriesCount();
     rows_.resize(2 * std::bit_ceil(count));
     for (const tasklog::Log* log : logs)
       for (const auto& category : log->Categories()) {
         Row& row = rows_[PlaceOf(category.Handle())];
-        row = {category.Handle(), render(category)};
+        row = {category.Handle(), PaddedText(render(category))};
       }
   }
-  const std::string& Of(TLEntry entry, std::uint32_t slot) const {
+  std::string_view Of(TLEntry entry, std::uint32_t slot) const { return TextOf(entry, slot).View(); }
+  const PaddedText& TextOf(TLEntry entry, std::uint32_t slot) const {
     const TLCategory category = TLEntryGetCategory(entry, slot);
     return category ? rows_[PlaceOf(category)].label : none_;
   }
@@ -52,7 +77,7 @@ class Labels {
  private:
   struct Row {
     TLCategory category = nullptr;
-    std::string label = {};
+    PaddedText label = {};
   };
 
   // Its row, or the one for it: one probe, as a rule, for at least half of them are free.
@@ -64,7 +89,7 @@ class Labels {
     return place;
   }
 
-  std::string none_;
+  PaddedText none_;
   std::vector<Row> rows_;  // a power of two
 };
 
@@ -73,12 +98,13 @@ class TypeLabels {
  public:
   template <class Render>
   explicit TypeLabels(Render render) {
-    for (std::uint32_t type = 0; type < labels_.size(); ++type) labels_[type] = render(type);
+    for (std::uint32_t type = 0; type < labels_.size(); ++type) labels_[type] = PaddedText(render(type));
   }
-  const std::string& Of(TLEntry entry) const { return labels_[TLEntryGetType(entry) % labels_.size()]; }
+  std::string_view Of(TLEntry entry) const { return TextOf(entry).View(); }
+  const PaddedText& TextOf(TLEntry entry) const { return labels_[TLEntryGetType(entry) % labels_.size()]; }
 
  private:
-  std::array<std::string, 16> labels_;
+  std::array<PaddedText, 16> labels_;
 };
 
 }  // namespace exporters

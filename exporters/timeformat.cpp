@@ -2,70 +2,77 @@
 
 #include <limits>
 
+#include "digits.h"
 #include "wide.h"
 
 namespace exporters {
 namespace {
 
-constexpr int fewestDecimals = 6;
+constexpr std::size_t fewestDecimals = 6;
 // 10^19 is the largest power of ten in 64 bits.
-constexpr int mostDecimals = 19;
+constexpr std::size_t mostDecimals = 19;
 
-// `number` with leading zeros to `width` digits.
-void AppendPadded(fmt::memory_buffer& out, std::uint64_t number, int width) {
-  char digits[mostDecimals];
-  for (int i = width; i-- > 0; number /= 10) digits[i] = static_cast<char>('0' + number % 10);
-  out.append(digits, digits + width);
+// `put` writes behind `out`, at most `most` bytes.
+template <class Put>
+void AppendAtMost(fmt::memory_buffer& out, std::size_t most, Put put) {
+  const std::size_t size = out.size();
+  out.resize(size + most);
+  out.resize(static_cast<std::size_t>(put(out.data() + size) - out.data()));
 }
 
 }  // namespace
 
 void AppendNumber(fmt::memory_buffer& out, std::uint64_t number) {
-  const fmt::format_int digits(number);
-  out.append(digits.data(), digits.data() + digits.size());
+  AppendAtMost(out, mostDigits, [number](char* at) { return PutNumber(at, number); });
 }
 
 TimeFormat::TimeFormat(std::uint64_t startTicks, std::uint64_t ticksPerSecond)
     : start_(startTicks), rate_(ticksPerSecond), decimals_(fewestDecimals), scale_(1'000'000) {
   for (; scale_ < rate_ && decimals_ < mostDecimals; ++decimals_) scale_ *= 10;
+  if (rate_ == 0) return;
+  if (scale_ % rate_ == 0) exact_ = scale_ / rate_;
+  mostQuick_ = (std::numeric_limits<std::uint64_t>::max() - rate_ / 2) / scale_;
 }
 
-void TimeFormat::AppendLength(fmt::memory_buffer& out, std::uint64_t count) const {
-  std::uint64_t seconds = count / rate_;
-  const std::uint64_t rest = count % rate_;
+// Less than a second in units of the last decimal. Division in 128 bits costs ten times as much as one in 64,
+// and common rates do without either.
+std::uint64_t TimeFormat::Rounded(std::uint64_t rest) const {
+  if (exact_ != 0) return rest * exact_;
   const std::uint64_t half = rate_ / 2;
-  std::uint64_t fraction = 0;
-  // Division in 128 bits costs ten times as much, and common rates do without.
-  if (rest <= (std::numeric_limits<std::uint64_t>::max() - half) / scale_) {
-    fraction = (rest * scale_ + half) / rate_;
-  } else {
-    fraction = static_cast<std::uint64_t>((static_cast<Wide>(rest) * scale_ + half) / rate_);
-  }
+  if (rest <= mostQuick_) return (rest * scale_ + half) / rate_;
+  return static_cast<std::uint64_t>((static_cast<Wide>(rest) * scale_ + half) / rate_);
+}
+
+char* TimeFormat::PutLength(char* at, std::uint64_t count) const {
+  std::uint64_t seconds = count / rate_;
+  std::uint64_t fraction = Rounded(count % rate_);
   if (fraction == scale_) {
     ++seconds;
     fraction = 0;
   }
-  AppendNumber(out, seconds);
-  out.push_back('.');
-  AppendPadded(out, fraction, decimals_);
+  at = PutNumber(at, seconds);
+  *at++ = '.';
+  return PutPadded(at, fraction, decimals_);
+}
+
+char* TimeFormat::PutSince(char* at, std::uint64_t ticks) const {
+  if (ticks >= start_) return PutLength(at, ticks - start_);
+  *at++ = '-';
+  return PutLength(at, start_ - ticks);
 }
 
 void TimeFormat::AppendSince(fmt::memory_buffer& out, std::uint64_t ticks) const {
-  if (ticks >= start_) return AppendLength(out, ticks - start_);
-  out.push_back('-');
-  AppendLength(out, start_ - ticks);
+  AppendAtMost(out, mostTimeBytes, [&](char* at) { return PutSince(at, ticks); });
 }
 
 std::string TimeFormat::Since(std::uint64_t ticks) const {
-  fmt::memory_buffer out;
-  AppendSince(out, ticks);
-  return fmt::to_string(out);
+  char text[mostTimeBytes];
+  return {text, PutSince(text, ticks)};
 }
 
 std::string TimeFormat::Length(std::uint64_t count) const {
-  fmt::memory_buffer out;
-  AppendLength(out, count);
-  return fmt::to_string(out);
+  char text[mostTimeBytes];
+  return {text, PutLength(text, count)};
 }
 
 }  // namespace exporters

@@ -11,6 +11,9 @@ namespace exporters {
 // In decimal digits, at several times the speed of a format string.
 void AppendNumber(fmt::memory_buffer& out, std::uint64_t number);
 
+// A sign, the seconds, a point and the decimals.
+inline constexpr std::size_t mostTimeBytes = 1 + 20 + 1 + 19;
+
 // Prints as many decimals as tell two neighbouring ticks apart, at least six, the last one rounded. A time
 // typed as it was printed is therefore the same tick again.
 class TimeFormat {
@@ -22,18 +25,23 @@ class TimeFormat {
 
   // Seconds from the start to `ticks`; negative before it. Needs HasSeconds().
   void AppendSince(fmt::memory_buffer& out, std::uint64_t ticks) const;
+  // The same to where there is room for `mostTimeBytes`; returns what is behind.
+  char* PutSince(char* at, std::uint64_t ticks) const;
   std::string Since(std::uint64_t ticks) const;
 
   // `count` ticks as seconds. Needs HasSeconds().
   std::string Length(std::uint64_t count) const;
 
  private:
-  void AppendLength(fmt::memory_buffer& out, std::uint64_t count) const;
+  char* PutLength(char* at, std::uint64_t count) const;
+  std::uint64_t Rounded(std::uint64_t rest) const;
 
   std::uint64_t start_;
   std::uint64_t rate_;
-  int decimals_;
-  std::uint64_t scale_;  // 10 to the power decimals_
+  std::size_t decimals_;
+  std::uint64_t scale_;          // 10 to the power decimals_
+  std::uint64_t exact_ = 0;      // so much of it is a tick; 0: no whole number
+  std::uint64_t mostQuick_ = 0;  // ticks that are divided in 64 bits
 };
 
 }  // namespace exporters

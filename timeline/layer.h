@@ -17,13 +17,16 @@ struct Slice {
   bool fadesOut;
 };
 
+// What spans narrower than a pixel cover of one: more than 0, exact but for the rounding to a float.
+struct Share {
+  std::uint32_t x;
+  float part;  // of the pixel's time
+};
+
 struct Layer {
   std::vector<Slice> slices;  // in order
-  // Of each pixel the share of its time that spans narrower than a pixel cover, exact but for the rounding to
-  // a float; 0 only where there is none.
-  std::vector<float> shares;
-  bool IsEmpty() const { return isEmpty; }
-  bool isEmpty = true;
+  std::vector<Share> shares;  // from left to right; a pixel without any has none
+  bool IsEmpty() const { return slices.empty() && shares.empty(); }
 };
 
 // Time: the pixels that show anything, times the logarithm of the spans from one to the next; stretches

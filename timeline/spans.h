@@ -24,7 +24,11 @@ class Spans {
     const Sum sum = At(index);
     return sum.end - (sum.total - TotalOfFirst(index));
   }
-  Ticks EndOf(std::size_t index) const { return At(index).end; }
+  Ticks EndOf(std::size_t index) const {
+    const Block& block = blocks_[index / blockSize];
+    const std::size_t place = index % blockSize;
+    return block.narrow.empty() ? block.wide[place].end : block.first.end + block.narrow[place].end;
+  }
   // Ticks of the first `count` together.
   Ticks TotalOfFirst(std::size_t count) const { return count == 0 ? 0 : At(count - 1).total; }
   bool IsCutAtBegin(std::size_t index) const { return IsCut(index, atBegin); }

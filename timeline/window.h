@@ -15,12 +15,16 @@ class Window {
   Window(Ticks from, Ticks length, std::uint32_t width)
       : width_(std::max<std::uint32_t>(width, 1)),
         length_(std::max<Ticks>(length, 1)),
-        from_(std::min<Ticks>(from, UINT64_MAX - length_)) {}
+        from_(std::min<Ticks>(from, UINT64_MAX - length_)),
+        ofPixel_{length_ / width_, static_cast<std::uint32_t>(length_ % width_)} {}
 
   std::uint32_t Width() const { return width_; }
   Ticks From() const { return from_; }
   Ticks To() const { return from_ + length_; }
   Ticks Length() const { return length_; }
+
+  // The shortest time that is a pixel wide.
+  Ticks LeastWide() const { return ofPixel_.tick + (ofPixel_.part > 0 ? 1 : 0); }
 
   // The left edge of a pixel, exactly.
   struct Edge {
@@ -28,12 +32,18 @@ class Window {
     std::uint32_t part;  // of a tick more, in parts of Width()
   };
   Edge EdgeOf(std::uint32_t x) const {
-    const std::uint64_t rest = std::uint64_t{x} * (length_ % width_);
-    return {from_ + x * (length_ / width_) + rest / width_, static_cast<std::uint32_t>(rest % width_)};
+    const std::uint64_t rest = std::uint64_t{x} * ofPixel_.part;
+    return {from_ + x * ofPixel_.tick + rest / width_, static_cast<std::uint32_t>(rest % width_)};
+  }
+  // That of the pixel behind, without a division.
+  Edge EdgeBehind(const Edge& edge) const {
+    const std::uint64_t part = std::uint64_t{edge.part} + ofPixel_.part;
+    if (part < width_) return {edge.tick + ofPixel_.tick, static_cast<std::uint32_t>(part)};
+    return {edge.tick + ofPixel_.tick + 1, static_cast<std::uint32_t>(part - width_)};
   }
 
-  bool IsAtOrBehind(Ticks time, std::uint32_t x) const {
-    const Edge edge = EdgeOf(x);
+  bool IsAtOrBehind(Ticks time, std::uint32_t x) const { return IsAtOrBehind(time, EdgeOf(x)); }
+  static bool IsAtOrBehind(Ticks time, const Edge& edge) {
     return time > edge.tick || (time == edge.tick && edge.part == 0);
   }
   // The pixel that shows a time within the window; its end counts to the last.
@@ -62,6 +72,7 @@ class Window {
   std::uint32_t width_;
   Ticks length_;
   Ticks from_;
+  Edge ofPixel_;  // how far it is from one edge to the next
 };
 
 }  // namespace timeline

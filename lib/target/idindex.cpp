@@ -34,7 +34,8 @@ _STLCategory*& IdIndex::PlaceFor(u64 key) {
   return place->category;
 }
 
-// Where the task in a place has left its id, puts the next one there that had it.
+// Where the task in a place has left its id, puts the next one there that has it. When all have left, it
+// stays until Add() puts another there.
 _STLCategory* IdIndex::Search(ETLCatType kind, u32 id) {
   const u64 key = KeyOf(kind, id);
   _STLCategory** first = nullptr;
@@ -44,14 +45,15 @@ _STLCategory* IdIndex::Search(ETLCatType kind, u32 id) {
     first = &found->second;
   }
   if (!first) return nullptr;
-  while (*first && HasLeft(kind, **first, id))
-    *first = (*first)->index < following_.size() ? following_[(*first)->index] : nullptr;
-  return *first;
+  _STLCategory* category = *first;
+  while (category && HasLeft(kind, *category, id)) category = following_[category->index];
+  if (category) *first = category;
+  return category;
 }
 
 void IdIndex::Add(u32 id, _STLCategory* category) {
   _STLCategory*& place = PlaceFor(KeyOf(category->GetType(), id));
-  if (!place) place = category;
+  if (!place || HasLeft(category->GetType(), *place, id)) place = category;
 }
 
 // Puts all keys anew: a search goes on in the tree only where the places for a key are taken.

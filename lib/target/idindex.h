@@ -7,20 +7,21 @@
 #include "model/model.h"
 
 // A hash table over the categories of a log. Of several of one kind and id it finds the one created first.
-// Ids that collide beyond a few places go into a tree, so that no choice of ids makes it slow. Add a task
-// that has changed its id, which it may do once, to one that no task has. After any other change of ids build
-// the table anew.
+// Ids that collide beyond a few places go into a tree, so that no choice of ids makes it slow. A task that
+// was there when the table was built may change its id once, to one that no task has; add it then. After any
+// other change of ids build the table anew.
 class IdIndex {
  public:
   bool IsBuilt() const { return !places_.empty(); }
   void Build(const std::vector<_STLCategory*>& categories);  // throws bad_alloc
-  // Null when there is none. Mostly one of the first places for an id has it.
+  // Null when there is none; add one before the next search for it. Mostly one of the first places for an id
+  // has it.
   _STLCategory* Find(ETLCatType kind, u32 id) {
     const u64 key = KeyOf(kind, id);
     std::size_t at = PlaceOf(key);
     for (std::size_t i = 0; i < thresholds::probes && places_[at].key != freeKey; ++i) {
       const Place& place = places_[at];
-      if (place.key == key && place.category && !HasLeft(kind, *place.category, id)) [[likely]]
+      if (place.key == key && !HasLeft(kind, *place.category, id)) [[likely]]
         return place.category;
       at = (at + 1) & (places_.size() - 1);
     }
@@ -33,7 +34,7 @@ class IdIndex {
   static constexpr u64 freeKey = UINT64_MAX;
   struct Place {
     u64 key = freeKey;                 // kind and id
-    _STLCategory* category = nullptr;  // the first of them; null when it has left
+    _STLCategory* category = nullptr;  // the first of them; null only where the place is free
   };
 
   static u64 KeyOf(ETLCatType kind, u32 id) { return u64{kind} << 32 | id; }

@@ -3,7 +3,7 @@
 
 #include <map>
 
-#include "analysis/habits.h"
+#include "analysis/partfinder.h"
 #include "analysis/pieces.h"
 #include "analysis/places.h"
 #include "tests/analysis/plainwalk.h"

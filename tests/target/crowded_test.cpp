@@ -55,15 +55,74 @@ TEST(CrowdedTime, AddsEachRecordOnce) {
 TEST(CrowdedTime, IsOneOfSeveralTimes) {
   for (const std::size_t crowd : crowds) {
     SCOPED_TRACE(crowd);
+    const Records before = Crowd(crowd, {}, 998);
+    const Records after = Crowd(crowd, {}, 1001);
     const auto records = Crowd(crowd, {{{4, 1000, 1}},
-                                       Crowd(crowd, {{{4, 1001, 1}, {4, 1001, 1}}}, 1001),
-                                       {marker, {4, 999, 1}, {4, 1000, 2}, {4, 1000, 1}}});
+                                       after,
+                                       {{4, 1001, 1}, {4, 1001, 1}, marker},
+                                       before,
+                                       {{4, 999, 1}, {4, 1000, 2}, {4, 1000, 1}}});
     const LogPtr log = NewLog();
     EXPECT_EQ(AppendRing(log.get(), RingWords(1000, records)), 0u);
     const std::string dump = DumpEntries(log.get());
-    EXPECT_EQ(CountIn(dump), 2 * crowd + 4);
-    EXPECT_TRUE(dump.starts_with("999 4 Idle -; 1000 4 Ctrl Idle")) << dump.substr(0, 50);
+    EXPECT_EQ(CountIn(dump), 3 * crowd + 4);
+    EXPECT_NE(dump.find("999 4 Idle -; 1000 4 Ctrl Idle"), dump.npos) << dump.substr(0, 50);
     EXPECT_TRUE(dump.ends_with("1001 4 Idle Idle")) << dump.substr(dump.size() - 50);
+    // All of them again, in another order, behind a new record of either lap.
+    Records again = {{6, 1000, 0x9000}};
+    again.insert(again.end(), after.rbegin(), after.rend());
+    again.push_back(marker);
+    again.insert(again.end(), before.rbegin(), before.rend());
+    again.push_back({6, 999, 0x9000});
+    EXPECT_EQ(AppendRing(log.get(), RingWords(1000, again)), 0u);
+    EXPECT_EQ(CountIn(DumpEntries(log.get())), 3 * crowd + 6);
+  }
+}
+
+// The rings of laps_test.cpp whose times rise and fall, with each record as a crowd of its own.
+TEST(CrowdedTime, LiesAnywhereInADamagedRing) {
+  const struct {
+    std::size_t entries;
+    Records cells;
+  } rings[] = {
+      {7,
+       {marker,
+        {2, 0x0001, 1},
+        {2, 0x0020, 3},
+        {2, 0x0020, 1},
+        {2, 0x20010, 1},
+        {2, 0x0005, 1},
+        {2, 0x0020, 2},
+        {2, 0x0020, 1},
+        {2, 0x70010, 2},
+        {2, 0x70010, 1}}},
+      {8,
+       {{2, 0x10, 1},
+        {2, 0x20, 1},
+        {2, 0x20, 2},
+        {2, 0x30, 1},
+        {2, 0x60040, 1},
+        {2, 0x60040, 2},
+        marker,
+        {2, 0x70040, 3},
+        {2, 0x70040, 1},
+        {2, 0x0020, 3},
+        {2, 0x10020, 2},
+        {2, 0x10010, 1}}},
+  };
+  for (const auto& [entries, cells] : rings) {
+    for (const std::size_t crowd : crowds) {
+      SCOPED_TRACE(crowd);
+      Records records;
+      for (const RingRecord& cell : cells)
+        for (std::uint32_t i = 0; i == 0 || (i <= crowd && cell.type != marker.type); ++i)
+          records.push_back({cell.type, cell.tick, cell.id + 10 * i});
+      const LogPtr log = NewLog();
+      for (int reading = 1; reading <= 2; ++reading) {
+        EXPECT_EQ(AppendRing(log.get(), RingWords(0x80000, records)), 0u);
+        EXPECT_EQ(CountIn(DumpEntries(log.get())), entries * (crowd + 1));
+      }
+    }
   }
 }
 

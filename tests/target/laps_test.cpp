@@ -57,7 +57,7 @@ TEST(Laps, MakeEntriesOfEveryType) {
                 "1005 5 Comm Ctrl; 1006 6 TP2 Comm; 1007 7 STKO Comm; 1008 8 Idle Comm; 1009 14 Ctrl Comm");
 }
 
-// Only where times pass an end of the 64-bit range do they not rise.
+// Where times pass an end of the 64-bit range, they do not rise.
 TEST(Laps, AreSortedWhereTimesWrap) {
   constexpr std::uint64_t nearEnd = UINT64_MAX - 15;  // 18446744073709551600
   ExpectDecoded(
@@ -79,6 +79,32 @@ TEST(Laps, AreSortedWhereTimesWrap) {
                 "400 2 Comm -; 500 4 File -; 500 2 Ctrl File; 600 4 Ctrl File; 18446744073709551584 4 Ctrl "
                 "Ctrl; 18446744073709551608 4 Idle Ctrl",
                 NewLogWithEntry());
+}
+
+// Behind its first four cells a damaged ring of 16-bit ticks may use the upper bits. Read backward, its times
+// then rise as well as fall, and what was read already may lie anywhere.
+TEST(Laps, AreSortedWhereNarrowTicksUseUpperBits) {
+  ExpectDecoded("among records of the previous lap", 0x80000,
+                Laps({}, {{2, 0x0001, 1},
+                          {2, 0x0020, 3},
+                          {2, 0x0020, 1},
+                          {2, 0x20010, 1},
+                          {2, 0x0005, 1},
+                          {2, 0x0020, 2},
+                          {2, 0x0020, 1},
+                          {2, 0x70010, 2},
+                          {2, 0x70010, 1}}),
+                "851969 2 Idle -; 851973 2 Idle -; 852000 2 Comm -; 852000 2 Ctrl -; 852000 2 Idle -; "
+                "917520 2 Ctrl -; 917520 2 Idle -");
+  ExpectDecoded(
+      "among records of the current lap", 0x80000,
+      Laps({{2, 0x10, 1}, {2, 0x20, 1}, {2, 0x20, 2}, {2, 0x30, 1}, {2, 0x60040, 1}, {2, 0x60040, 2}},
+           {{2, 0x70040, 3}, {2, 0x70040, 1}, {2, 0x0020, 3}, {2, 0x10020, 2}, {2, 0x10010, 1}}),
+      "524304 2 Idle -; 524320 2 Comm -; 524320 2 Idle -; 524320 2 Ctrl -; 524336 2 Idle -; "
+      "917568 2 Comm -; 917568 2 Idle -; 917568 2 Ctrl -");
+  ExpectDecoded("equal cells at two times", 0x10,
+                Laps({}, {{2, 1, 1}, {2, 1, 2}, {2, 1, 3}, {2, 0x20005, 1}, {2, 0x20005, 1}}),
+                "65541 2 Idle -; 131073 2 Idle -; 131073 2 Ctrl -; 131073 2 Comm -; 131077 2 Idle -");
 }
 
 }  // namespace

@@ -154,6 +154,32 @@ test("] and [ go over the timing issues that the log has", { skip }, async () =>
   assert.deepEqual(walk.map(BigInt), [...different, different[different.length - 2]]);
 });
 
+test("steps go over every place of one testpoint, there and back", { skip }, async () => {
+  const lanes = await page.evaluate(() => window.tasklog.store.now.recording.lanes);
+  for (const [lane, { name, tasks, subjects }] of lanes.entries()) {
+    const list = JSON.parse(tasklog("list", `demo/${name}.tasklog`, "--type", "testpoint", "--format", "json"));
+    for (const [i, subject] of subjects.entries()) {
+      if (subject.kind !== "testpoint") continue;
+      const places = new Set(list.filter(entry => entry.subject === subject.name).map(entry => entry.ticks));
+      const walk = await page.evaluate(
+        async ([lane, subject]) => {
+          const times = [[], []];
+          for (const [way, at] of [18_446_744_073_709_551_615n, 0n].entries())
+            for (let found = { from: at }; found;) {
+              const keys = { group: 0, kind: "testpoint", lane, subject, at: BigInt(found.from), forward: way === 1 };
+              found = (await window.tasklog.client.call("step", keys)).json;
+              if (found) times[way].push(found.from);
+            }
+          return times;
+        },
+        [lane, tasks.length + i],
+      );
+      assert.deepEqual(walk[1], [...places]);
+      assert.deepEqual(walk[0].reverse(), [...places]);
+    }
+  }
+});
+
 test("two fingers that part zoom in between them", { skip }, async () => {
   await startAnew();
   const session = await page.context().newCDPSession(page);

@@ -96,12 +96,9 @@ test("a bar of the histogram shows where its values are", { skip }, async () => 
   for (const quantity of ["execution", "response", "startLatency", "activationInterval", "run"])
     for (const { name, [quantity]: summary } of lane.tasks) {
       const keys = keysOf(tasks.indexOf(name), quantity);
-      const { count, bins } = JSON.parse(await ask(page, "histogram", { ...keys, bins: 12 }));
+      const { bins } = JSON.parse(await ask(page, "histogram", { ...keys, bins: 12 }));
+      const count = bins.reduce((sum, bin) => sum + bin.count, 0);
       assert.equal(count, summary.count);
-      assert.equal(
-        bins.reduce((sum, bin) => sum + bin.count, 0),
-        count,
-      );
       if (count === 0) continue;
       const last = bins[bins.length - 1];
       assert.deepEqual([bins[0].fromTicks, last.toTicks], [summary.min, summary.max]);

@@ -74,7 +74,12 @@ class LanePixels {
 
   // ---- Bars of what is narrower than a pixel ----
 
-  static long Pixels(double share, int height) { return std::lround(share * height); }
+  // As std::lround(), which is a call: shares are not below 0.
+  static long Pixels(double share, int height) {
+    const double pixels = share * height;
+    const long whole = static_cast<long>(pixels);
+    return pixels - static_cast<double>(whole) < 0.5 ? whole : whole + 1;
+  }
 
   // The row of the lane and that of the task show the same.
   const Layer& RunsOf(TaskIndex task) {
@@ -85,19 +90,21 @@ class LanePixels {
 
   // What each task took of a pixel stands on what those of higher priority took.
   void AddLaneRow(Bars& bars) {
-    std::vector<float> levels;
+    struct Level {
+      float share = 0;
+      long pixels = 0;
+    };
+    std::vector<Level> levels(window_.Width());
     for (const TaskIndex task : lane_.byPriority) {
       const Layer& layer = RunsOf(task);
-      if (layer.isEmpty) continue;
-      AddSlices(layer, runSlice, task, bars, BytesOfRuns(task));
-      if (task == lane_.Of().conventions.idle) continue;
-      levels.resize(window_.Width());
+      if (layer.IsEmpty()) continue;
       const std::uint32_t bytes = BytesOfRuns(task);
-      for (std::size_t x = 0; x < layer.shares.size(); ++x) {
-        if (layer.shares[x] <= 0) continue;
-        const long from = Pixels(levels[x], bars.Height());
-        levels[x] += layer.shares[x];
-        bars.Add(x, from, Pixels(levels[x], bars.Height()) - from, bytes);
+      AddSlices(layer, runSlice, task, bars, bytes);
+      if (task == lane_.Of().conventions.idle) continue;
+      for (const auto& [x, part] : layer.shares) {
+        const long from = levels[x].pixels;
+        levels[x] = {levels[x].share + part, Pixels(levels[x].share + part, bars.Height())};
+        bars.Add(x, from, levels[x].pixels - from, bytes);
       }
     }
     AddSlices(timeline::LayerOf(lane_.Tracks().Unknown(), window_), unknownSlice, analysis::noTask, bars,
@@ -118,10 +125,8 @@ class LanePixels {
   }
 
   void AddShares(const Layer& layer, Bars& bars, std::uint32_t bytes, SliceKind kind, TaskIndex task) {
-    if (layer.isEmpty) return;
-    for (std::size_t x = 0; x < layer.shares.size(); ++x)
-      if (layer.shares[x] > 0)
-        bars.Add(x, 0, std::max(Pixels(layer.shares[x], bars.Height()), leastBar), bytes);
+    for (const auto& [x, part] : layer.shares)
+      bars.Add(x, 0, std::max(Pixels(part, bars.Height()), leastBar), bytes);
     AddSlices(layer, kind, task, bars, bytes);
   }
 
@@ -164,11 +169,11 @@ class LanePixels {
   // Neighbouring pixels that hold any are one.
   void AddGaps() {
     for (const timeline::Slice& slice : gaps_.slices) AddSlice(gapSlice, analysis::noTask, slice);
-    for (std::size_t x = 0; x < gaps_.shares.size(); ++x) {
-      if (gaps_.shares[x] <= 0) continue;
-      const std::size_t begin = x;
-      while (x + 1 < gaps_.shares.size() && gaps_.shares[x + 1] > 0) ++x;
-      AddSlice(gapSlice, analysis::noTask, 0, 0, static_cast<double>(begin), static_cast<double>(x + 1), -1);
+    for (auto share = gaps_.shares.begin(); share != gaps_.shares.end();) {
+      const std::uint32_t begin = share->x;
+      std::uint32_t end = begin;
+      for (; share != gaps_.shares.end() && share->x == end; ++share) ++end;
+      AddSlice(gapSlice, analysis::noTask, 0, 0, begin, end, -1);
     }
   }
 

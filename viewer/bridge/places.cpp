@@ -1,7 +1,7 @@
 // What lies at a place of the picture, and what is known of a run or a job.
 #include <optional>
 
-#include "analysis/habits.h"
+#include "analysis/partfinder.h"
 #include "cli/failure.h"
 #include "exporters/text.h"
 #include "recording.h"

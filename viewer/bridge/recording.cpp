@@ -1,5 +1,6 @@
 #include "recording.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "cli/failure.h"
@@ -14,6 +15,22 @@ ViewedLane::ViewedLane(cli::AnalysedLane analysed) : drawn(std::move(analysed)) 
 const analysis::Schedule& ViewedLane::Schedule() {
   if (!schedule_) schedule_ = std::make_unique<analysis::Schedule>(Of().lane, Of().conventions);
   return *schedule_;
+}
+
+const std::vector<SubjectMark>& ViewedLane::MarksOf(analysis::SubjectIndex subject) {
+  if (subject == subject_) return marks_;
+  subject_ = subject;
+  marks_.clear();
+  const auto take = [&](const timeline::Marks& marks) {
+    for (std::size_t i = 0; i < marks.size(); ++i)
+      if (marks[i].subject == subject) marks_.push_back({marks[i].time, i});
+  };
+  take(Tracks().Issues());
+  take(Tracks().LoneTestpoints());
+  for (const timeline::TaskTrack& track : Tracks().Tasks()) take(track.testpoints);
+  std::stable_sort(marks_.begin(), marks_.end(),
+                   [](const SubjectMark& a, const SubjectMark& b) { return a.time < b.time; });
+  return marks_;
 }
 
 double ViewedLane::LoadOf(analysis::TaskIndex task, Ticks from, Ticks to) const {

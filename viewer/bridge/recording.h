@@ -14,6 +14,12 @@
 
 namespace viewer {
 
+// A testpoint or timing issue, by its number in the marks of its row.
+struct SubjectMark {
+  Ticks time;
+  std::size_t index;
+};
+
 // A lane of the recording with what is made of it on demand.
 class ViewedLane {
  public:
@@ -23,6 +29,8 @@ class ViewedLane {
   const timeline::Tracks& Tracks() const { return drawn.tracks; }
   // For findings and the parts of jobs; the first use makes it.
   const analysis::Schedule& Schedule();
+  // All of a testpoint or timing issue, by time. The first use looks at all marks; one subject's are kept.
+  const std::vector<SubjectMark>& MarksOf(analysis::SubjectIndex subject);
   // The share of the known time from `from` to `to` that a task has, and that all but the idle task have; NaN
   // where nothing is known, or nobody is known to be idle.
   double LoadOf(analysis::TaskIndex task, Ticks from, Ticks to) const;
@@ -34,6 +42,8 @@ class ViewedLane {
 
  private:
   std::unique_ptr<analysis::Schedule> schedule_;
+  analysis::SubjectIndex subject_ = analysis::noSubject;  // of these
+  std::vector<SubjectMark> marks_;
 };
 
 class Recording {

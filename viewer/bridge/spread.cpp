@@ -2,6 +2,7 @@
 #include "analysis/pieces.h"
 #include "analysis/places.h"
 #include "cli/failure.h"
+#include "cli/summaryformat.h"
 #include "recording.h"
 
 namespace viewer {
@@ -31,21 +32,8 @@ constexpr std::size_t mostGiven = 4096;
 void Histogram(Recording& recording, const Request& request, Answer& answer) {
   const Subject of = SubjectOf(recording, request);
   const analysis::Values values = analysis::ValuesOf(of.lane.lane, of.lane.conventions, of.task, of.quantity);
-  const auto histogram = analysis::MakeHistogram(values, std::max<std::size_t>(request.Index("bins"), 1));
-  cli::JsonWriter& json = answer.json;
-  json.BeginObject();
-  json.Key("count").Count(values.Count());
-  json.Key("logarithmic").Bool(histogram.logarithmic);
-  json.Key("bins").BeginArray();
-  for (const analysis::Bin& bin : histogram.bins) {
-    json.BeginRow();
-    json.Key("fromTicks").Ticks(bin.from);
-    json.Key("toTicks").Ticks(bin.to);
-    json.Key("count").Count(bin.count);
-    json.EndObject();
-  }
-  json.EndArray();
-  json.EndObject();
+  const std::size_t mostBins = std::max<std::size_t>(request.Index("bins"), 1);
+  cli::AddHistogram(answer.json, analysis::MakeHistogram(values, mostBins));
 }
 
 // Keys: those of `histogram` without `bins`; `least` and `most`, the values that are meant, both included.

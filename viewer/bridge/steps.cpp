@@ -34,28 +34,33 @@ class Nearest {
     best_ = found;
   }
   void OfferSpans(const Spans& spans, std::size_t lane, const char* kind, SubjectIndex task) {
-    const std::size_t next = isForward_ ? spans.FirstBeginningAt(at_ == UINT64_MAX ? at_ : at_ + 1)
-                                        : spans.FirstBeginningAt(at_) - 1;  // wraps where there is none
+    const std::size_t next = IndexIn(spans.Size(), [&](Ticks time) { return spans.FirstBeginningAt(time); });
     if (next < spans.Size()) Offer({lane, kind, task, next, spans.BeginOf(next), spans.EndOf(next)});
   }
-  // Those of one subject alone, or with `noSubject` any. Time: how far the next of the subject is.
-  void OfferMarks(const Marks& marks, std::size_t lane, const char* kind, SubjectIndex subject) {
-    if (isForward_) {
-      for (std::size_t i = timeline::FirstMarkAt(marks, at_); i < marks.size(); ++i)
-        if (Matches(marks[i], subject) && marks[i].time > at_) return OfferMark(marks[i], i, lane, kind);
-    } else {
-      for (std::size_t i = timeline::FirstMarkAt(marks, at_); i-- > 0;)
-        if (Matches(marks[i], subject)) return OfferMark(marks[i], i, lane, kind);
-    }
+  void OfferMarks(const Marks& marks, std::size_t lane, const char* kind) {
+    const std::size_t next =
+        IndexIn(marks.size(), [&](Ticks time) { return timeline::FirstMarkAt(marks, time); });
+    if (next < marks.size())
+      Offer({lane, kind, marks[next].subject, next, marks[next].time, marks[next].time});
+  }
+  void OfferMarks(const std::vector<SubjectMark>& marks, std::size_t lane, const char* kind,
+                  SubjectIndex subject) {
+    const auto isBefore = [](const SubjectMark& mark, Ticks time) { return mark.time < time; };
+    const std::size_t next = IndexIn(marks.size(), [&](Ticks time) {
+      return static_cast<std::size_t>(std::lower_bound(marks.begin(), marks.end(), time, isBefore) -
+                                      marks.begin());
+    });
+    if (next < marks.size())
+      Offer({lane, kind, subject, marks[next].index, marks[next].time, marks[next].time});
   }
   const std::optional<Found>& Best() const { return best_; }
 
  private:
-  static bool Matches(const timeline::MarkPoint& mark, SubjectIndex subject) {
-    return subject == analysis::noSubject || mark.subject == subject;
-  }
-  void OfferMark(const timeline::MarkPoint& mark, std::size_t index, std::size_t lane, const char* kind) {
-    Offer({lane, kind, mark.subject, index, mark.time, mark.time});
+  // `size` or more where there is none. `firstAt` finds the first at a time or later.
+  template <class FirstAt>
+  std::size_t IndexIn(std::size_t size, FirstAt firstAt) const {
+    if (!isForward_) return firstAt(at_) - 1;
+    return at_ == UINT64_MAX ? size : firstAt(at_ + 1);
   }
 
   Ticks at_;
@@ -63,19 +68,20 @@ class Nearest {
   std::optional<Found> best_;
 };
 
-void OfferTestpoints(Nearest& nearest, const ViewedLane& lane, std::size_t index, SubjectIndex subject) {
-  nearest.OfferMarks(lane.Tracks().LoneTestpoints(), index, "testpoint", subject);
+void OfferAnyMark(Nearest& nearest, const ViewedLane& lane, std::size_t index, bool isIssue) {
+  if (isIssue) return nearest.OfferMarks(lane.Tracks().Issues(), index, "issue");
+  nearest.OfferMarks(lane.Tracks().LoneTestpoints(), index, "testpoint");
   for (const timeline::TaskTrack& track : lane.Tracks().Tasks())
-    nearest.OfferMarks(track.testpoints, index, "testpoint", subject);
+    nearest.OfferMarks(track.testpoints, index, "testpoint");
 }
 
-void Offer(Nearest& nearest, const ViewedLane& lane, std::size_t index, const Request& request) {
+void Offer(Nearest& nearest, ViewedLane& lane, std::size_t index, const Request& request) {
   const std::string kind = request.Text("kind");
   if (kind == "issue" || kind == "testpoint") {
-    const SubjectIndex subject =
-        request.Has("subject") ? static_cast<SubjectIndex>(request.Index("subject")) : analysis::noSubject;
-    if (kind == "testpoint") return OfferTestpoints(nearest, lane, index, subject);
-    return nearest.OfferMarks(lane.Tracks().Issues(), index, "issue", subject);
+    const bool isIssue = kind == "issue";
+    if (!request.Has("subject")) return OfferAnyMark(nearest, lane, index, isIssue);
+    const auto subject = static_cast<SubjectIndex>(request.Index("subject"));
+    return nearest.OfferMarks(lane.MarksOf(subject), index, isIssue ? "issue" : "testpoint", subject);
   }
   const analysis::TaskIndex task = TaskOf(request, lane);
   const timeline::TaskTrack& track = lane.Tracks().Tasks()[task];

@@ -11,8 +11,8 @@ import type { CallName, Calls } from "./worker/protocol";
 // The same worker, whose rows of the second picture are apart. Statistics are asked for by the first picture alone.
 function secondClient(client: Client): Client {
   const second = Object.create(client) as Client;
-  second.call = async <Name extends CallName>(name: Name, keys: Calls[Name]["keys"]) => {
-    if (name !== "stats") return client.call(name, { ...keys, pane: 1 });
+  second.call = async <Name extends CallName>(name: Name, keys: Calls[Name]["keys"], room?: ArrayBuffer) => {
+    if (name !== "stats") return client.call(name, { ...keys, pane: 1 }, room);
     const nothing = { schema: 1, lanes: [] } as unknown as Calls[Name]["answer"];
     const none = { ints: new Int32Array(), floats: new Float32Array(), pixels: new Uint8ClampedArray() };
     return { json: nothing, text: "", ...none };

@@ -1,17 +1,16 @@
 // The upper canvas: labels, ruler, texts, marks, selection. Names come from logs: they are drawn, never markup.
 import { groupOf, type State, type TimeRange } from "../state/state";
 import { lengthText, percentText } from "../state/time";
-import type { AxisTick, GroupInfo } from "../worker/protocol";
+import type { AxisTick, GroupInfo, Row } from "../worker/protocol";
 import { drawFound } from "./found";
-import { MarkKind, SliceKind, type FrameRow, type Mark } from "./frame";
+import { SliceKind, type FrameRow, type Mark } from "./frame";
 import { labelWidth, marksHeight, rulerHeight, runsHeight, runsTop, type Size } from "./layout";
+import { drawMarks } from "./marks";
 import { drawPins } from "./pins";
 import type { Picture } from "./rows";
 import { css, font, theme } from "./theme";
 
 type Context = CanvasRenderingContext2D;
-
-const denseDistance = 50; // pixels between the marks of a row: closer ones have no arrows
 
 // Text that is cut where there is no room.
 export function fitted(context: Context, text: string, width: number): string {
@@ -25,9 +24,16 @@ export function fitted(context: Context, text: string, width: number): string {
   return least === 0 ? "" : `${text.slice(0, least)}…`;
 }
 
-export class Overlay {
-  private places: Map<string, number> | undefined;
+const rowNumbers = new WeakMap<Row[], Map<string, number>>();
+function numbersOf(rows: Row[]): Map<string, number> {
+  let made = rowNumbers.get(rows);
+  if (made) return made;
+  made = new Map(rows.map((row, index) => [`${row.lane}:${row.task}`, index]));
+  rowNumbers.set(rows, made);
+  return made;
+}
 
+export class Overlay {
   constructor(
     private readonly context: Context,
     private readonly size: Size,
@@ -181,70 +187,14 @@ export class Overlay {
     context.fillText("records lost", labelWidth + (left + right) / 2, middle + 0.5);
   }
 
-  // ---- Marks ----
-
   private drawMarks(row: FrameRow): void {
     const place = this.picture.rows[row.index];
     if (!place) return;
-    const bottom = this.topOf(row.index) + marksHeight;
-    const isDense = row.marks.length > this.picture.width / denseDistance;
-    for (const mark of row.marks) {
-      const x = labelWidth + mark.x;
-      if (mark.kind === MarkKind.testpoint) this.drawTestpoint(x, bottom);
-      else if (mark.kind === MarkKind.issue) this.drawFlag(x, bottom);
-      else this.drawEvent(x, bottom, mark, place.lane, isDense);
-      if (mark.count > 1 && !isDense) this.drawCount(x, bottom, mark);
-    }
+    const raisedAt = (mark: Mark): number | null => this.middleOf(this.rowOf(place.lane, mark.running));
+    drawMarks(this.context, row.marks, this.topOf(row.index) + marksHeight, this.picture.width, raisedAt);
   }
-
-  // How many marks are one here.
-  private drawCount(x: number, bottom: number, mark: Mark): void {
-    const { context } = this;
-    context.font = font(9.5);
-    context.textAlign = "left";
-    context.fillStyle = mark.kind === MarkKind.issue ? theme().issue : theme().faint;
-    context.fillText(
-      mark.count > 999 ? "999+" : `${mark.count}`,
-      x + (mark.kind === MarkKind.issue ? 9 : 5),
-      bottom - 5,
-    );
-  }
-
-  private drawTestpoint(x: number, bottom: number): void {
-    this.context.fillStyle = theme().mark;
-    this.context.fillRect(Math.round(x) - 0.5, bottom - 8, 1.2, 8);
-  }
-
-  private drawFlag(x: number, bottom: number): void {
-    const { context } = this;
-    context.fillStyle = theme().issue;
-    context.fillRect(x - 0.6, bottom - 9.5, 1.4, 9.5);
-    context.beginPath();
-    context.moveTo(x, bottom - 9.5);
-    context.lineTo(x + 7.5, bottom - 6.8);
-    context.lineTo(x, bottom - 4);
-    context.fill();
-  }
-
-  // A caret, and a line from the row of the task that ran when it was raised.
-  private drawEvent(x: number, bottom: number, mark: Mark, lane: number, isDense: boolean): void {
-    const { context } = this;
-    context.fillStyle = context.strokeStyle = theme().mark;
-    const from = mark.count > 1 || isDense ? -1 : this.rowOf(lane, mark.running);
-    if (from >= 0) {
-      const start = this.topOf(from) + runsTop + runsHeight(false) / 2;
-      context.globalAlpha = 0.35;
-      context.beginPath();
-      context.moveTo(Math.round(x) + 0.5, start);
-      context.lineTo(Math.round(x) + 0.5, bottom - 3);
-      context.stroke();
-      context.globalAlpha = 1;
-    }
-    context.beginPath();
-    context.moveTo(x - 4, bottom - 6.5);
-    context.lineTo(x + 4, bottom - 6.5);
-    context.lineTo(x, bottom - 0.5);
-    context.fill();
+  private middleOf(index: number): number | null {
+    return index < 0 ? null : this.topOf(index) + runsTop + runsHeight(false) / 2;
   }
 
   // ---- Selection ----
@@ -268,8 +218,7 @@ export class Overlay {
   }
 
   private rowOf(lane: number, task: number | null): number {
-    this.places ??= new Map(this.picture.rows.map((row, index) => [`${row.lane}:${row.task}`, index]));
-    return this.places.get(`${lane}:${task}`) ?? -1;
+    return numbersOf(this.picture.rows).get(`${lane}:${task}`) ?? -1;
   }
 
   private outline(range: TimeRange, index: number, below: number): void {

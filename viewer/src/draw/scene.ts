@@ -26,6 +26,7 @@ export class Scene {
   private isStale = false;
   private isScheduled = false;
   private readonly waiting: (() => void)[] = [];
+  private readonly spent: ArrayBuffer[] = []; // of pictures that are no longer drawn
   size: Size = { width: 1, height: 1 };
 
   constructor(
@@ -71,12 +72,17 @@ export class Scene {
     const width = plotWidth(size);
     const window = { from: view.from, length: view.to - view.from, width };
     const [pixels, axis] = await Promise.all([
-      this.client.call("pixels", { ...window, top: scrollTop, height: plotHeight(size) }),
+      this.client.call("pixels", { ...window, top: scrollTop, height: plotHeight(size) }, this.spent.pop()),
       this.client.call("axis", { ...window, group, distance: labelDistance, inTicks }),
     ]);
     const picture = { frame: decode(pixels, width), rows, lanes: recording.lanes, scrollTop, width };
+    this.spend(this.next);
     this.next = { picture, axis: axis.json, range: view, size };
     this.scheduleNext();
+  }
+
+  private spend(what: Shown | null): void {
+    if (what) this.spent.push(what.picture.frame.image.data.buffer as ArrayBuffer);
   }
 
   // The worker goes on with the picture behind it meanwhile.
@@ -86,6 +92,7 @@ export class Scene {
     requestAnimationFrame(() => {
       this.isNextScheduled = false;
       if (!this.next) return;
+      this.spend(this.shown);
       this.shown = this.next;
       this.next = null;
       this.drawAll();

@@ -84,8 +84,12 @@ function card(finding: Finding, lane: number, context: PanelContext): HTMLElemen
     element("span", { class: "faint" }, [whenText(state, finding, lane)]),
   );
   const more = element("details", {}, [element("summary", {}, ["Parts and times"])]);
-  if (finding.parts.length > 0) more.append(partsTable(state, finding, lane));
-  more.append(causes(finding, lane, context), occurrences(finding, lane, context));
+  // Made when it is opened: a job may have as many parts as there are tasks.
+  const fill = (): void => {
+    if (finding.parts.length > 0) more.append(partsTable(state, finding, lane));
+    more.append(causes(finding, lane, context), occurrences(finding, lane, context));
+  };
+  more.addEventListener("toggle", fill, { once: true });
   const { shownJob } = state;
   const isShown =
     shownJob?.lane === lane && finding.occurrences.some(job => BigInt(job.activationTicks) === shownJob.from);
@@ -104,7 +108,7 @@ export const findings: Panel = {
     if (!findings && isLooking) return place.append(hint("Looking for what was late …"));
     if (!findings)
       return place.append(
-        hint("This is a long recording: looking takes a while, and the picture stands still meanwhile."),
+        hint("This is a long recording: looking takes a while and much memory."),
         button("Look for what was late", () => void context.actions.numbers.findWhatWasLate(true)),
       );
     const lanes = lanesOfFindings(findings, findingsOfLane);

@@ -157,7 +157,7 @@ export const histogram: Panel = {
     const answer = (await client.call("histogram", { ...keys, bins: mostBins })).json;
     if (!isCurrent()) return;
     const name = labelOf(store.now, of.lane, of.task);
-    if (answer.count === 0) return place.append(hint(`${name} has no whole value of this kind here.`));
+    if (answer.bins.length === 0) return place.append(hint(`${name} has no whole value of this kind here.`));
     const rate = groupOf(store.now)?.ticksPerSecond ?? null;
     const places = element("div");
     const choose = (bin: number): void => void showPlaces(places, keys, answer.bins[bin]!, context);

@@ -1,6 +1,6 @@
 // What is computed of a recording, when somebody looks at it: statistics, findings, the pieces of a job.
 import type { Client } from "../load/client";
-import type { Stats, Ticks } from "../worker/protocol";
+import type { Description, Stats, Ticks } from "../worker/protocol";
 import { beside, lanesOfGroup, type AppStore, type State } from "./state";
 
 type StatsOf = Pick<State, "recording" | "selection" | "compared" | "group">;
@@ -9,11 +9,13 @@ const isSame = (a: StatsOf | null, b: StatsOf): boolean =>
 
 export const findingsOfLane = 50;
 const mostEntriesUnasked = 2_000_000;
+const mostEntriesCopied = 10_000_000;
 
 export class Numbers {
   private isAskingStats = false;
   private statsOf: StatsOf | null = null;
   private piecesAsked = 0;
+  private lookingIn: Description | null = null;
 
   constructor(
     private readonly store: AppStore,
@@ -23,16 +25,26 @@ export class Numbers {
     store.watch(["picked", "shownJob"], () => void this.updatePieces());
   }
 
-  // Unless `isWanted`, not in a long recording: no picture comes meanwhile.
+  // In a copy of the recording. Unless `isWanted`, not in a long one; of a very long one there is no second, and no
+  // picture comes meanwhile.
   async findWhatWasLate(isWanted: boolean): Promise<void> {
-    const { recording, isLooking } = this.store.now;
+    const { recording } = this.store.now;
     const entries = recording?.lanes.reduce((sum, lane) => sum + lane.entries, 0) ?? 0;
-    if (!recording || isLooking || (!isWanted && entries > mostEntriesUnasked)) return;
+    if (!recording || this.lookingIn === recording || (!isWanted && entries > mostEntriesUnasked)) return;
+    this.lookingIn = recording;
     this.store.set({ isLooking: true });
-    const found = await this.client
-      .call("explain", { limit: findingsOfLane })
-      .finally(() => this.store.set({ isLooking: false }));
-    if (this.store.now.recording === recording) this.store.set({ findings: found.json });
+    const keys = { limit: findingsOfLane };
+    try {
+      const found = await (entries > mostEntriesCopied
+        ? this.client.call("explain", keys)
+        : this.client.callAside("explain", keys));
+      if (found && this.store.now.recording === recording) this.store.set({ findings: found.json });
+    } finally {
+      if (this.lookingIn === recording) {
+        this.lookingIn = null;
+        this.store.set({ isLooking: false });
+      }
+    }
   }
   // Only while they are shown, and at most once at a time: those of a long recording take a while.
   private async updateStats(): Promise<void> {

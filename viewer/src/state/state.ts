@@ -4,6 +4,7 @@ import type {
   Findings,
   GroupInfo,
   Hit,
+  LaneInfo,
   Piece,
   Quantity,
   Row,
@@ -114,11 +115,20 @@ export function labelOf(state: State, lane: number, subject: number): string {
   return of?.tasks[subject]?.label ?? of?.subjects[subject - of.tasks.length]?.label ?? "nobody known";
 }
 
+// Of two of one name the first counts.
+const labels = new WeakMap<LaneInfo, Map<string, string>>();
+function labelsOf(lane: LaneInfo): Map<string, string> {
+  let made = labels.get(lane);
+  if (made) return made;
+  made = new Map([...lane.tasks, ...lane.subjects].reverse().map(({ name, label }) => [name, label]));
+  labels.set(lane, made);
+  return made;
+}
+
 // As the command shows a name out of its JSON.
 export function labelOfName(state: State, lane: number, name: string | null | undefined): string {
   const of = state.recording?.lanes[lane];
-  const found = of?.tasks.find(task => task.name === name) ?? of?.subjects.find(subject => subject.name === name);
-  return found?.label ?? "";
+  return (of && labelsOf(of).get(name ?? "")) ?? "";
 }
 
 export function lanesOfGroup(state: State, group: number): number[] {

@@ -1,8 +1,9 @@
 // The calls of the bridge: what each is asked and answers. docs/viewer.md describes them; viewer/bridge/ makes them.
 // Ticks need 64 bits: they are bigint here and strings of digits on the way.
+import type { Difference, Entry, Findings, Quantity, Stats, TicksText } from "./commandjson";
+export type * from "./commandjson";
 
 export type Ticks = bigint;
-export type TicksText = string;
 
 // A `label` is safe to show; a `name` is what the JSON of statistics and findings says.
 export interface TaskInfo {
@@ -136,36 +137,7 @@ export interface Match {
   name: string;
 }
 
-// As `tasklog stats --format json`; docs/json.md has all keys.
-export type Quantity = "execution" | "response" | "startLatency" | "activationInterval" | "run";
-export interface Summary {
-  count: number;
-  min: TicksText | null;
-  mean: number | null;
-  p50: TicksText | null;
-  p95: TicksText | null;
-  p99: TicksText | null;
-  max: TicksText | null;
-}
-export type TaskStats = { name: string; priority: number; load: number | null; jobs: number } & Record<
-  Quantity,
-  Summary
->;
-export interface LaneStats {
-  lane: string;
-  file: string;
-  ticksPerSecond: number | null;
-  coverage: number;
-  busy: number | null;
-  tasks: TaskStats[];
-}
-export interface Stats {
-  schema: number;
-  lanes: LaneStats[];
-}
-
 export interface Histogram {
-  count: number;
   logarithmic: boolean;
   bins: { fromTicks: TicksText; toTicks: TicksText; count: number }[];
 }
@@ -180,65 +152,6 @@ export interface QuantityKeys {
   quantity: Quantity;
   from?: Ticks;
   to?: Ticks;
-}
-
-// As `tasklog diff --format json`.
-export interface Change {
-  lane: string;
-  task: string;
-  quantity: Quantity;
-  noise: boolean;
-  before: Summary;
-  after: Summary;
-}
-export interface OnOneSide {
-  lane: string;
-  task: string | null;
-}
-export interface Difference {
-  schema: number;
-  before: LaneStats[];
-  after: LaneStats[];
-  changes: Change[];
-  loads: { lane: string; task: string; before: number | null; after: number | null }[];
-  appeared: OnOneSide[];
-  vanished: OnOneSide[];
-  stalled: OnOneSide[];
-}
-
-// An entry as `tasklog list --format json` has it.
-export interface Entry {
-  ticks: TicksText;
-  type: string;
-  subject?: string | null;
-  running?: string | null;
-}
-
-// As `tasklog explain --format json`.
-export interface Occurrence {
-  activationTicks: TicksText;
-  completionTicks: TicksText;
-}
-export interface Finding {
-  task: string | null;
-  lane: string;
-  verdict: string;
-  job: Occurrence;
-  excessTicks: TicksText;
-  sign: string;
-  issue: string | null;
-  occurrences: Occurrence[];
-  normalTicks: TicksText;
-  actualTicks: TicksText;
-  parts: { kind: string; task: string | null; normalTicks: TicksText; actualTicks: TicksText }[];
-  chain: { kind: string; task: string | null; from: TicksText; to: TicksText; share: number }[];
-  confidence: number;
-  coverage: number;
-}
-export interface Findings {
-  schema: number;
-  lanes: { lane: string; jobs: number; findings: number }[];
-  findings: Finding[];
 }
 
 export interface Calls {
@@ -311,9 +224,10 @@ export interface FileToOpen {
 }
 
 export type ToWorker =
-  | { kind: "start"; wasm: string }
+  | { kind: "start"; wasm: string; copyFrom?: MessagePort } // of a worker that is asked to lend
+  | { kind: "lend"; port: MessagePort }
   | { kind: "files"; id: number; files: FileToOpen[] }
-  | { kind: "call"; id: number; name: string; keys: string };
+  | { kind: "call"; id: number; name: string; keys: string; room?: ArrayBuffer }; // for pixels: it may have the size
 export type FromWorker =
   | {
       kind: "answer";

@@ -1,5 +1,6 @@
 // The worker: the module, and the page's requests to it, one after the other.
 import createBridge, { type Bridge } from "bridge";
+import { borrow, lend, release } from "./copy";
 import { gunzip } from "./gunzip";
 import type { FileToOpen, FromWorker, ToWorker } from "./protocol";
 
@@ -52,11 +53,6 @@ function remove(module: Bridge, path: string): void {
   if (contents) release(contents); // an empty file has none
 }
 
-// At once, where the browser can: it may not look for what is unused for long.
-function release(bytes: Uint8Array): void {
-  (bytes.buffer as ArrayBuffer & { transfer?(size: number): ArrayBuffer }).transfer?.(0);
-}
-
 // Line by line. docs/viewer.md, Packed files.
 function unpack(module: Bridge, lines: Uint8Array, use: (bytes: Uint8Array) => void): void {
   const newline = 10;
@@ -95,7 +91,7 @@ function textOf(module: Bridge): string {
   return new TextDecoder().decode(module.HEAPU8.subarray(begin, begin + module._TaskLogTextSize()));
 }
 
-function call(module: Bridge, id: number, name: string, keys: string): void {
+function call(module: Bridge, id: number, name: string, keys: string, room?: ArrayBuffer): void {
   warnings = [];
   const failed = withText(module, [name, keys], ([a, b]) => module._TaskLogCall(a!, b!)) !== 0;
   if (name === "open") stored.splice(0).forEach(path => remove(module, path)); // all is in the module now
@@ -103,9 +99,16 @@ function call(module: Bridge, id: number, name: string, keys: string): void {
   if (failed) return send({ kind: "error", id, message: text });
   const ints = copy(module.HEAP32, module._TaskLogInts(), module._TaskLogIntCount());
   const floats = copy(module.HEAPF32, module._TaskLogFloats(), module._TaskLogFloatCount());
-  const begin = module._TaskLogPixels() >>> 0;
-  const pixels = new Uint8ClampedArray(module.HEAPU8.slice(begin, begin + 4 * module._TaskLogPixelCount()).buffer);
+  const pixels = pixelsOf(module, room);
   send({ kind: "answer", id, text, ints, floats, pixels, warnings }, [ints.buffer, floats.buffer, pixels.buffer]);
+}
+
+// Fresh memory for each picture would cost more than to fill it.
+function pixelsOf(module: Bridge, room?: ArrayBuffer): Uint8ClampedArray<ArrayBuffer> {
+  const [begin, size] = [module._TaskLogPixels() >>> 0, 4 * module._TaskLogPixelCount()];
+  const pixels = new Uint8ClampedArray(room?.byteLength === size ? room : new ArrayBuffer(size));
+  pixels.set(module.HEAPU8.subarray(begin, begin + size));
+  return pixels;
 }
 
 function copy<Numbers extends Int32Array | Float32Array>(heap: Numbers, place: number, count: number): Numbers {
@@ -119,13 +122,18 @@ function send(message: FromWorker, transfer: Transferable[] = []): void {
 
 async function handle(message: ToWorker): Promise<void> {
   if (message.kind === "start") {
-    bridge = start(message.wasm);
+    const { wasm, copyFrom } = message;
+    bridge = start(wasm).then(module => (copyFrom ? borrow(module, copyFrom) : module));
     bridge.catch(() => undefined); // told with the first request
     return;
   }
+  if (message.kind === "lend")
+    return bridge
+      .then(module => lend(module, message.port))
+      .catch((error: unknown) => message.port.postMessage(`${error}`));
   try {
     const module = await bridge;
-    if (message.kind === "call") return call(module, message.id, message.name, message.keys);
+    if (message.kind === "call") return call(module, message.id, message.name, message.keys, message.room);
     for (const file of message.files) await store(module, file);
     const nothing = {
       text: "null",
