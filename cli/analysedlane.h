@@ -13,12 +13,9 @@
 #include "recording.h"
 #include "timeformat.h"
 
-// Its header is large.
-namespace CLI {
-class App;
-}
-
 namespace cli {
+
+class OptionList;
 
 // As typed.
 struct AnalysisOptions {
@@ -30,9 +27,9 @@ struct AnalysisOptions {
 };
 
 // --from, --to, --idle and --switches; with `withLogs` also LOG...
-void DeclareAnalysisOptions(CLI::App& app, AnalysisOptions& options, bool withLogs = true);
+void DeclareAnalysisOptions(OptionList& list, AnalysisOptions& options, bool withLogs = true);
 // --idle and --switches alone.
-void DeclareConventions(CLI::App& app, AnalysisOptions& options);
+void DeclareConventions(OptionList& list, AnalysisOptions& options);
 
 // A lane with all that is needed to walk it.
 struct AnalysedLane {

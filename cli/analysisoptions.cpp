@@ -1,27 +1,24 @@
-#include <CLI/CLI.hpp>
-
 #include "analysedlane.h"
+#include "options.h"
 
 namespace cli {
 
-void DeclareAnalysisOptions(CLI::App& app, AnalysisOptions& options, bool withLogs) {
+void DeclareAnalysisOptions(OptionList& list, AnalysisOptions& options, bool withLogs) {
   if (withLogs) {
-    app.add_option("LOG", options.logs, "TaskLog files, or folders of recordings")->required()->type_name("");
+    list.AddRequired("LOG", &options.logs, "TaskLog files, or folders of recordings");
   }
-  app.add_option("--from", options.from,
-                 "First time: 1.5s, 250ms or 12us from the start, or raw\nticks: 1000")
-      ->type_name("TIME");
-  app.add_option("--to", options.to, "Last time, written likewise")->type_name("TIME");
-  DeclareConventions(app, options);
+  list.Add("--from", &options.from, "First time: 1.5s, 250ms or 12us from the start, or raw\nticks: 1000",
+           "TIME");
+  list.Add("--to", &options.to, "Last time, written likewise", "TIME");
+  DeclareConventions(list, options);
 }
 
-void DeclareConventions(CLI::App& app, AnalysisOptions& options) {
-  app.add_option("--idle", options.idle, "The idle task (default: as recorded, else by name)")
-      ->type_name("NAME");
-  app.add_option("--switches", options.switches,
-                 "What the types of switches mean: sim, or such as\n0=preempted,1=done,4=waits (default: as "
-                 "recorded)")
-      ->type_name("MEANINGS");
+void DeclareConventions(OptionList& list, AnalysisOptions& options) {
+  list.Add("--idle", &options.idle, "The idle task (default: as recorded, else by name)", "NAME");
+  list.Add("--switches", &options.switches,
+           "What the types of switches mean: sim, or such as\n0=preempted,1=done,4=waits (default: as "
+           "recorded)",
+           "MEANINGS");
 }
 
 }  // namespace cli

@@ -136,15 +136,13 @@ int RunCheck(const Options& options) {
   return RunGate([&] { return options.suggest ? SuggestBudget(options) : CheckLogs(options); });
 }
 
-Declared Declare(CLI::App& app) {
+Declared Declare(OptionList& list) {
   const auto options = std::make_shared<Options>();
-  DeclareAnalysisOptions(app, options->common);
-  app.add_option("--budget", options->budget, "The limits to keep, TOML (docs/cli.md, Budget files)")
-      ->type_name("FILE");
-  app.add_option("--format", options->format, "text (default), json or junit")->type_name("FORMAT");
-  app.add_flag("--suggest", options->suggest, "Print a budget file that these logs keep");
-  app.add_option("--margin", options->margin, "With --suggest: room to spare (default: 20%)")
-      ->type_name("PERCENT");
+  DeclareAnalysisOptions(list, options->common);
+  list.Add("--budget", &options->budget, "The limits to keep, TOML (docs/cli.md, Budget files)", "FILE");
+  list.Add("--format", &options->format, "text (default), json or junit", "FORMAT");
+  list.Add("--suggest", &options->suggest, "Print a budget file that these logs keep");
+  list.Add("--margin", &options->margin, "With --suggest: room to spare (default: 20%)", "PERCENT");
   return {[options] { return RunCheck(*options); }, {{"--format", {"text", "json", "junit"}}}};
 }
 

@@ -30,9 +30,9 @@ int Compact(const std::string& dataset) {
   return exitCode;
 }
 
-Declared Declare(CLI::App& app) {
+Declared Declare(OptionList& list) {
   const auto dataset = std::make_shared<std::string>();
-  app.add_option("DATASET", *dataset, "A folder that summarize wrote")->required()->type_name("");
+  list.AddRequired("DATASET", dataset.get(), "A folder that summarize wrote");
   return {[dataset] { return Compact(*dataset); }};
 }
 

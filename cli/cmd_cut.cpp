@@ -46,12 +46,12 @@ int Cut(const Options& options) {
   return exitSuccess;
 }
 
-Declared Declare(CLI::App& app) {
+Declared Declare(OptionList& list) {
   const auto options = std::make_shared<Options>();
-  app.add_option("FILE", options->path, "A TaskLog file; it stays as it is")->required()->type_name("");
-  app.add_option("--from", options->from, "The first time of the part")->type_name("TIME");
-  app.add_option("--to", options->to, "The last time of the part")->type_name("TIME");
-  app.add_option("-o,--output", options->output, "Where to write the part")->required()->type_name("PATH");
+  list.AddRequired("FILE", &options->path, "A TaskLog file; it stays as it is");
+  list.Add("--from", &options->from, "The first time of the part", "TIME");
+  list.Add("--to", &options->to, "The last time of the part", "TIME");
+  list.AddRequired("-o,--output", &options->output, "Where to write the part", "PATH");
   return {[options] { return Cut(*options); }};
 }
 

@@ -86,16 +86,14 @@ int Diff(const Options& options) {
   return Judge(failOver, difference);
 }
 
-Declared Declare(CLI::App& app) {
+Declared Declare(OptionList& list) {
   const auto options = std::make_shared<Options>();
-  DeclareAnalysisOptions(app, options->common);
-  app.add_option("--base", options->base, "A log from before; may be repeated. Then all LOGs are from\nafter")
-      ->type_name("LOG")
-      ->allow_extra_args(false);
-  app.add_option("--fail-over", options->failOver,
-                 "Exit with 1 when a time of a task, noise aside, got\nworse by more than this")
-      ->type_name("PERCENT");
-  app.add_option("--format", options->format, "text (default), csv or json")->type_name("FORMAT");
+  DeclareAnalysisOptions(list, options->common);
+  list.Add("--base", &options->base, "A log from before; may be repeated. Then all LOGs are from\nafter",
+           "LOG");
+  list.Add("--fail-over", &options->failOver,
+           "Exit with 1 when a time of a task, noise aside, got\nworse by more than this", "PERCENT");
+  list.Add("--format", &options->format, "text (default), csv or json", "FORMAT");
   return {[options] { return RunGate([&] { return Diff(*options); }); },
           {{"--format", {"text", "csv", "json"}}}};
 }

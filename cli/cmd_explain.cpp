@@ -84,19 +84,16 @@ int ExplainLogs(const Options& options) {
   return found ? exitBroken : exitKept;
 }
 
-Declared Declare(CLI::App& app) {
+Declared Declare(OptionList& list) {
   const auto options = std::make_shared<Options>();
-  DeclareAnalysisOptions(app, options->common);
-  app.add_option("--task", options->asked.task, "Only what made this task late")->type_name("NAME");
-  app.add_option("--at", options->asked.at, "Explain the jobs under way at this time")->type_name("TIME");
-  app.add_option("--issue", options->asked.issue, "Explain the jobs under way at this timing issue")
-      ->type_name("NAME");
-  app.add_option("--over", options->asked.over, "Explain all jobs that took longer: 2ms")
-      ->type_name("LENGTH");
-  app.add_option("--against", options->against, "A good log, which says what is normal")->type_name("LOG");
-  app.add_option("--limit", options->limit, "How many findings to tell of each lane (default: 5)")
-      ->type_name("N");
-  app.add_option("--format", options->format, "text (default) or json")->type_name("FORMAT");
+  DeclareAnalysisOptions(list, options->common);
+  list.Add("--task", &options->asked.task, "Only what made this task late", "NAME");
+  list.Add("--at", &options->asked.at, "Explain the jobs under way at this time", "TIME");
+  list.Add("--issue", &options->asked.issue, "Explain the jobs under way at this timing issue", "NAME");
+  list.Add("--over", &options->asked.over, "Explain all jobs that took longer: 2ms", "LENGTH");
+  list.Add("--against", &options->against, "A good log, which says what is normal", "LOG");
+  list.Add("--limit", &options->limit, "How many findings to tell of each lane (default: 5)", "N");
+  list.Add("--format", &options->format, "text (default) or json", "FORMAT");
   return {[options] { return RunGate([&] { return ExplainLogs(*options); }); },
           {{"--format", {"text", "json"}}}};
 }

@@ -87,27 +87,20 @@ int Export(Options options) {
   return exitSuccess;
 }
 
-Declared Declare(CLI::App& app) {
+Declared Declare(OptionList& list) {
   const auto options = std::make_shared<Options>();
-  app.add_option("LOG", options->common.logs, "TaskLog files, or folders of recordings")
-      ->required()
-      ->type_name("");
-  app.add_option("--to", options->to,
-                 "The format: " + JoinedNames() + ".\nGiven once more with a time, the last time")
-      ->required()
-      ->type_name("FORMAT")
-      ->allow_extra_args(false);
-  app.add_option(
-         "-o,--output", options->output,
-         "Where to write: a file, for ctf, ctf-kernel and parquet a\nnew folder; - is standard output")
-      ->required()
-      ->type_name("OUT");
-  app.add_option("--from", options->common.from,
-                 "First time: 1.5s, 250ms or 12us from the start, or raw\nticks: 1000")
-      ->type_name("TIME");
-  DeclareTaskPatterns(app, options->tasks,
+  list.AddRequired("LOG", &options->common.logs, "TaskLog files, or folders of recordings");
+  list.AddRequired("--to", &options->to,
+                   "The format: " + JoinedNames() + ".\nGiven once more with a time, the last time",
+                   "FORMAT");
+  list.AddRequired(
+      "-o,--output", &options->output,
+      "Where to write: a file, for ctf, ctf-kernel and parquet a\nnew folder; - is standard output", "OUT");
+  list.Add("--from", &options->common.from,
+           "First time: 1.5s, 250ms or 12us from the start, or raw\nticks: 1000", "TIME");
+  DeclareTaskPatterns(list, options->tasks,
                       "Only what concerns tasks whose names match this shell\npattern; may be repeated");
-  DeclareConventions(app, options->common);
+  DeclareConventions(list, options->common);
   return {[options] { return Export(*options); }, {}, {{"--to", FormatNames()}}};
 }
 

@@ -44,10 +44,10 @@ int Info(const Options& options) {
   return exitCode;
 }
 
-Declared Declare(CLI::App& app) {
+Declared Declare(OptionList& list) {
   const auto options = std::make_shared<Options>();
-  app.add_option("LOG", options->logs, "TaskLog files, or folders of recordings")->required()->type_name("");
-  app.add_flag("--json", options->json, "Print JSON: an array with one object for each log");
+  list.AddRequired("LOG", &options->logs, "TaskLog files, or folders of recordings");
+  list.Add("--json", &options->json, "Print JSON: an array with one object for each log");
   return {[options] { return Info(*options); }};
 }
 

@@ -120,12 +120,10 @@ int Join(const Options& options) {
   return exitSuccess;
 }
 
-Declared Declare(CLI::App& app) {
+Declared Declare(OptionList& list) {
   const auto options = std::make_shared<Options>();
-  app.add_option("FILE", options->paths, "TaskLog files of one logger; they stay as they are")
-      ->required()
-      ->type_name("");
-  app.add_option("-o,--output", options->output, "Where to write the whole")->required()->type_name("PATH");
+  list.AddRequired("FILE", &options->paths, "TaskLog files of one logger; they stay as they are");
+  list.AddRequired("-o,--output", &options->output, "Where to write the whole", "PATH");
   return {[options] { return Join(*options); }};
 }
 

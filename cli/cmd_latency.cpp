@@ -61,17 +61,16 @@ int ShowLatencies(const Options& options) {
   return exitCode;
 }
 
-Declared Declare(CLI::App& app) {
+Declared Declare(OptionList& list) {
   const auto options = std::make_shared<Options>();
-  DeclareAnalysisOptions(app, options->common);
-  app.add_option("--begin", options->begin,
-                 "What a latency begins with: testpoint:NAME, issue:NAME,\nevent:TASK, activation:TASK, "
-                 "start:TASK or\ncompletion:TASK")
-      ->required()
-      ->type_name("SELECTOR");
-  app.add_option("--end", options->end, "What it ends with, likewise")->required()->type_name("SELECTOR");
-  app.add_option("--worst", options->worst, "How many of the longest to list (default: 10)")->type_name("N");
-  app.add_option("--format", options->format, "text (default) or json")->type_name("FORMAT");
+  DeclareAnalysisOptions(list, options->common);
+  list.AddRequired("--begin", &options->begin,
+                   "What a latency begins with: testpoint:NAME, issue:NAME,\nevent:TASK, activation:TASK, "
+                   "start:TASK or\ncompletion:TASK",
+                   "SELECTOR");
+  list.AddRequired("--end", &options->end, "What it ends with, likewise", "SELECTOR");
+  list.Add("--worst", &options->worst, "How many of the longest to list (default: 10)", "N");
+  list.Add("--format", &options->format, "text (default) or json", "FORMAT");
   const std::vector<std::string> kinds = {
       "testpoint:", "issue:", "event:", "activation:", "start:", "completion:"};
   return {[options] { return ShowLatencies(*options); },

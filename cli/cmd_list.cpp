@@ -169,21 +169,17 @@ int List(const Request& request) {
   return exitSuccess;
 }
 
-Declared Declare(CLI::App& app) {
+Declared Declare(OptionList& list) {
   const auto options = std::make_shared<Options>();
-  app.add_option("LOG", options->logs, "TaskLog files, or folders of recordings")->required()->type_name("");
-  app.add_option("--task", options->task, "Only entries that concern this task or happened while it\nran")
-      ->type_name("NAME");
-  app.add_option("--type", options->types, "Only switch, event, testpoint or issue; may be repeated")
-      ->type_name("TYPE")
-      ->allow_extra_args(false);
-  app.add_option("--from", options->from,
-                 "First time: 1.5s, 250ms or 12us from the start, or raw\nticks: 1000")
-      ->type_name("TIME");
-  app.add_option("--to", options->to, "Last time, written likewise")->type_name("TIME");
-  app.add_option("--format", options->format, "text (default), csv or json")->type_name("FORMAT");
-  app.add_flag("--ticks", options->ticks, "Print raw ticks in place of seconds");
-  app.add_option("--limit", options->limit, "At most so many entries")->type_name("N");
+  list.AddRequired("LOG", &options->logs, "TaskLog files, or folders of recordings");
+  list.Add("--task", &options->task, "Only entries that concern this task or happened while it\nran", "NAME");
+  list.Add("--type", &options->types, "Only switch, event, testpoint or issue; may be repeated", "TYPE");
+  list.Add("--from", &options->from, "First time: 1.5s, 250ms or 12us from the start, or raw\nticks: 1000",
+           "TIME");
+  list.Add("--to", &options->to, "Last time, written likewise", "TIME");
+  list.Add("--format", &options->format, "text (default), csv or json", "FORMAT");
+  list.Add("--ticks", &options->ticks, "Print raw ticks in place of seconds");
+  list.Add("--limit", &options->limit, "At most so many entries", "N");
   return {[options] { return List(Checked(*options)); },
           {{"--type", {"switch", "event", "testpoint", "issue"}}, {"--format", {"text", "csv", "json"}}}};
 }

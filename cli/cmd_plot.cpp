@@ -96,15 +96,13 @@ int Plot(const Options& options) {
   return exitCode;
 }
 
-Declared Declare(CLI::App& app) {
+Declared Declare(OptionList& list) {
   const auto options = std::make_shared<Options>();
-  DeclareAnalysisOptions(app, options->common);
-  app.add_option("-o,--output", options->output, "The picture: a name that ends in .svg or .png")
-      ->required()
-      ->type_name("FILE");
-  DeclareTaskPatterns(app, options->tasks);
-  app.add_option("--sort", options->sort, "priority (default), load, name or first (run)")->type_name("KEY");
-  app.add_option("--width", options->width, "Pixels (default: 1600)")->type_name("N");
+  DeclareAnalysisOptions(list, options->common);
+  list.AddRequired("-o,--output", &options->output, "The picture: a name that ends in .svg or .png", "FILE");
+  DeclareTaskPatterns(list, options->tasks);
+  list.Add("--sort", &options->sort, "priority (default), load, name or first (run)", "KEY");
+  list.Add("--width", &options->width, "Pixels (default: 1600)", "N");
   return {[options] { return Plot(*options); }, {{"--sort", {"priority", "load", "name", "first"}}}};
 }
 

@@ -65,36 +65,26 @@ RecordRequest Checked(const Options& options) {
   return request;
 }
 
-Declared Declare(CLI::App& app) {
+Declared Declare(OptionList& list) {
   const auto options = std::make_shared<Options>();
-  app.add_option("TARGET", options->target, "The controller")->required()->type_name("");
-  app.add_option("-o,--output", options->output,
-                 "Where to save: a file, or with several loggers a folder that\nreceives "
-                 "scheduler.tasklog, kernel1.tasklog, ...")
-      ->required()
-      ->type_name("PATH");
-  app.add_option("--logger", options->loggers,
-                 "What to read: scheduler (default), the number of a kernel,\nor all; may be repeated")
-      ->type_name("WHICH")
-      ->allow_extra_args(false);
-  app.add_flag("--start", options->start, "Start the loggers first");
-  app.add_option("--trigger", options->trigger, "Let this task trigger them (with --start)")
-      ->type_name("TASK");
-  app.add_option("--for", options->duration,
-                 "Go on reading for so long, such as 10s; Ctrl-C ends it\nearly and saves")
-      ->type_name("TIME");
-  app.add_option("--every", options->interval, "Read so often (with --for; default 200ms)")
-      ->type_name("TIME");
-  app.add_option("--split", options->split, "Write a segment every so often: kernel1.0001.tasklog, ...")
-      ->type_name("TIME");
-  app.add_option("--keep", options->keep, "Remove segments that ended longer ago (with --split)")
-      ->type_name("TIME");
-  app.add_option("--until", options->until,
-                 "End when this happens: issue:NAME, testpoint:NAME,\nevent:TASK or response:TASK>2ms")
-      ->type_name("SELECTOR");
-  app.add_option("--after", options->after, "Go on for so long behind that; SIGUSR1 counts as it")
-      ->type_name("TIME");
-  app.add_flag("--merge", options->merge, "Put all loggers into one file");
+  list.AddRequired("TARGET", &options->target, "The controller");
+  list.AddRequired("-o,--output", &options->output,
+                   "Where to save: a file, or with several loggers a folder that\nreceives "
+                   "scheduler.tasklog, kernel1.tasklog, ...",
+                   "PATH");
+  list.Add("--logger", &options->loggers,
+           "What to read: scheduler (default), the number of a kernel,\nor all; may be repeated", "WHICH");
+  list.Add("--start", &options->start, "Start the loggers first");
+  list.Add("--trigger", &options->trigger, "Let this task trigger them (with --start)", "TASK");
+  list.Add("--for", &options->duration,
+           "Go on reading for so long, such as 10s; Ctrl-C ends it\nearly and saves", "TIME");
+  list.Add("--every", &options->interval, "Read so often (with --for; default 200ms)", "TIME");
+  list.Add("--split", &options->split, "Write a segment every so often: kernel1.0001.tasklog, ...", "TIME");
+  list.Add("--keep", &options->keep, "Remove segments that ended longer ago (with --split)", "TIME");
+  list.Add("--until", &options->until,
+           "End when this happens: issue:NAME, testpoint:NAME,\nevent:TASK or response:TASK>2ms", "SELECTOR");
+  list.Add("--after", &options->after, "Go on for so long behind that; SIGUSR1 counts as it", "TIME");
+  list.Add("--merge", &options->merge, "Put all loggers into one file");
   return {[options] { return Record(Checked(*options)); },
           {},
           {{"--until", {"issue:", "testpoint:", "event:", "response:"}}}};

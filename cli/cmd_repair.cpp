@@ -87,12 +87,10 @@ int Repair(const Options& options) {
   return exitSuccess;
 }
 
-Declared Declare(CLI::App& app) {
+Declared Declare(OptionList& list) {
   const auto options = std::make_shared<Options>();
-  app.add_option("FILE", options->path, "A TaskLog file; it stays as it is")->required()->type_name("");
-  app.add_option("-o,--output", options->output, "Where to write what was saved")
-      ->required()
-      ->type_name("PATH");
+  list.AddRequired("FILE", &options->path, "A TaskLog file; it stays as it is");
+  list.AddRequired("-o,--output", &options->output, "Where to write what was saved", "PATH");
   return {[options] { return Repair(*options); }};
 }
 

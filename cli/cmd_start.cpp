@@ -22,13 +22,11 @@ int Start(const Options& options) {
   return exitSuccess;
 }
 
-Declared Declare(CLI::App& app) {
+Declared Declare(OptionList& list) {
   const auto options = std::make_shared<Options>();
-  app.add_option("TARGET", options->target,
-                 "The controller; /@2 behind its name selects the logger of\nkernel 2")
-      ->required()
-      ->type_name("");
-  app.add_option("--trigger", options->trigger, "Let this task trigger the logger")->type_name("TASK");
+  list.AddRequired("TARGET", &options->target,
+                   "The controller; /@2 behind its name selects the logger of\nkernel 2");
+  list.Add("--trigger", &options->trigger, "Let this task trigger the logger", "TASK");
   return {[options] { return Start(*options); }};
 }
 

@@ -51,12 +51,12 @@ int Stats(const Options& options) {
   return exitCode;
 }
 
-Declared Declare(CLI::App& app) {
+Declared Declare(OptionList& list) {
   const auto options = std::make_shared<Options>();
-  DeclareAnalysisOptions(app, options->common);
-  DeclareTaskPatterns(app, options->tasks);
-  app.add_option("--sort", options->sort, "priority (default), load, response or name")->type_name("KEY");
-  app.add_option("--format", options->format, "text (default), csv or json")->type_name("FORMAT");
+  DeclareAnalysisOptions(list, options->common);
+  DeclareTaskPatterns(list, options->tasks);
+  list.Add("--sort", &options->sort, "priority (default), load, response or name", "KEY");
+  list.Add("--format", &options->format, "text (default), csv or json", "FORMAT");
   return {[options] { return Stats(*options); },
           {{"--sort", {"priority", "load", "response", "name"}}, {"--format", {"text", "csv", "json"}}}};
 }

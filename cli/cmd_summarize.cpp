@@ -133,24 +133,18 @@ int Summarize(const Options& options) {
   return crew.Failed() > 0 ? exitFailure : exitSuccess;
 }
 
-Declared Declare(CLI::App& app) {
+Declared Declare(OptionList& list) {
   const auto options = std::make_shared<Options>();
-  app.add_option("LOG", options->common.logs, "Recordings: TaskLog files, or folders")->type_name("");
-  app.add_option("-o,--output", options->output, "The dataset to add to: a folder")
-      ->required()
-      ->type_name("DATASET");
-  app.add_option("--files-from", options->filesFrom,
-                 "Also the recordings that this file lists, one a\nline; - is standard input")
-      ->type_name("FILE");
-  app.add_option("--machine", options->machine,
-                 "The machine that recorded (default: the target, as\nrecorded)")
-      ->type_name("NAME");
-  app.add_option("--day", options->day,
-                 "The day of the recordings, such as 2026-11-23 (default:\nas recorded, UTC)")
-      ->type_name("DAY");
-  DeclareConventions(app, options->common);
-  app.add_option("--jobs", options->jobs, "How many recordings at a time (default: one a core)")
-      ->type_name("N");
+  list.Add("LOG", &options->common.logs, "Recordings: TaskLog files, or folders");
+  list.AddRequired("-o,--output", &options->output, "The dataset to add to: a folder", "DATASET");
+  list.Add("--files-from", &options->filesFrom,
+           "Also the recordings that this file lists, one a\nline; - is standard input", "FILE");
+  list.Add("--machine", &options->machine, "The machine that recorded (default: the target, as\nrecorded)",
+           "NAME");
+  list.Add("--day", &options->day,
+           "The day of the recordings, such as 2026-11-23 (default:\nas recorded, UTC)", "DAY");
+  DeclareConventions(list, options->common);
+  list.Add("--jobs", &options->jobs, "How many recordings at a time (default: one a core)", "N");
   return {[options] { return Summarize(*options); }};
 }
 

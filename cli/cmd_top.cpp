@@ -90,26 +90,24 @@ int Top(const Options& options) {
   return reader.LastRoundFailed() ? exitFailure : exitSuccess;
 }
 
-Declared Declare(CLI::App& app) {
+Declared Declare(OptionList& list) {
   const auto options = std::make_shared<Options>();
-  app.add_option("TARGET", options->target, "The controller")->required()->type_name("");
-  app.add_option("--logger", options->loggers,
-                 "What to read: scheduler (default), the number of a kernel,\nor all; may be repeated")
-      ->type_name("WHICH")
-      ->allow_extra_args(false);
-  app.add_option("--every", options->interval, "Read so often (default 1s)")->type_name("TIME");
-  app.add_option("--for", options->duration, "End after so long")->type_name("TIME");
-  app.add_flag("--start", options->start, "Start the loggers first");
-  app.add_option("--sort", options->sort,
-                 "By priority (default), load, jobs, response, issues, each also\n"
-                 "with -all behind it, or name")
-      ->type_name("COLUMN");
-  app.add_option("--idle", options->idle, "The idle task (default: as noted for the target, else by\nname)")
-      ->type_name("NAME");
-  app.add_option("--switches", options->switches,
-                 "What the types of switches mean: sim, or such as\n0=preempted,1=done,4=waits (default: as "
-                 "noted for the\ntarget)")
-      ->type_name("MEANINGS");
+  list.AddRequired("TARGET", &options->target, "The controller");
+  list.Add("--logger", &options->loggers,
+           "What to read: scheduler (default), the number of a kernel,\nor all; may be repeated", "WHICH");
+  list.Add("--every", &options->interval, "Read so often (default 1s)", "TIME");
+  list.Add("--for", &options->duration, "End after so long", "TIME");
+  list.Add("--start", &options->start, "Start the loggers first");
+  list.Add("--sort", &options->sort,
+           "By priority (default), load, jobs, response, issues, each also\n"
+           "with -all behind it, or name",
+           "COLUMN");
+  list.Add("--idle", &options->idle, "The idle task (default: as noted for the target, else by\nname)",
+           "NAME");
+  list.Add("--switches", &options->switches,
+           "What the types of switches mean: sim, or such as\n0=preempted,1=done,4=waits (default: as "
+           "noted for the\ntarget)",
+           "MEANINGS");
   return {[options] { return Top(*options); }, {{"--sort", TopColumnNames()}}};
 }
 

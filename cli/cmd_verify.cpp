@@ -48,10 +48,10 @@ int VerifyAll(const Options& options) {
   return exitCode;
 }
 
-Declared Declare(CLI::App& app) {
+Declared Declare(OptionList& list) {
   const auto options = std::make_shared<Options>();
-  app.add_option("FILE", options->files, "TaskLog files")->required()->type_name("");
-  app.add_flag("--json", options->json, "Print JSON: an object with what was found in each file");
+  list.AddRequired("FILE", &options->files, "TaskLog files");
+  list.Add("--json", &options->json, "Print JSON: an object with what was found in each file");
   return {[options] { return VerifyAll(*options); }};
 }
 

@@ -173,15 +173,14 @@ int View(const Options& options) {
   return exitSuccess;
 }
 
-Declared Declare(CLI::App& app) {
+Declared Declare(OptionList& list) {
   const auto options = std::make_shared<Options>();
-  app.add_option("LOG", options->logs, "TaskLog files, or folders of recordings")->required()->type_name("");
-  app.add_option("--from", options->from,
-                 "The first time that the page shows at first: 1.5s from the\nstart, or raw ticks")
-      ->type_name("TIME");
-  app.add_option("--to", options->to, "The last time, written likewise")->type_name("TIME");
-  app.add_option("-o,--output", options->output, "The page (default: timeline.html)")->type_name("FILE");
-  app.add_flag("--open", options->open, "Open it in the browser");
+  list.AddRequired("LOG", &options->logs, "TaskLog files, or folders of recordings");
+  list.Add("--from", &options->from,
+           "The first time that the page shows at first: 1.5s from the\nstart, or raw ticks", "TIME");
+  list.Add("--to", &options->to, "The last time, written likewise", "TIME");
+  list.Add("-o,--output", &options->output, "The page (default: timeline.html)", "FILE");
+  list.Add("--open", &options->open, "Open it in the browser");
   return {[options] { return View(*options); }};
 }
 

@@ -1,15 +1,17 @@
 // From the arguments to the subcommand that does the work.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <functional>
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
+
+#include "options.h"
 
 namespace cli {
 
-// What a command has said of its command line, beside what CLI11 keeps.
+// What a command says of its command line, beside its options.
 struct Declared {
   std::function<int()> run;  // once the arguments are parsed; gives the exit code
   // By option: the only values that it takes. They are checked before the command runs.
@@ -21,16 +23,17 @@ struct Declared {
 // One subcommand: a file cmd_<name>.cpp and a line in the table in commandline.cpp.
 struct Command {
   const char* name;
-  const char* summary;                 // one line for the list of commands
-  const char* examples;                // closes its --help
-  Declared (*declare)(CLI::App& app);  // declares arguments and options
+  const char* summary;                    // one line for the list of commands
+  const char* examples;                   // closes its --help
+  Declared (*declare)(OptionList& list);  // adds its arguments and options
 };
 
 // The command line of one command, for whoever parses it, completes it or describes it.
 struct Syntax {
   explicit Syntax(const Command& command);
 
-  CLI::App app;
+  const Command& command;
+  OptionList options;
   Declared declared;
 };
 

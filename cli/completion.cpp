@@ -28,14 +28,6 @@ std::string ExpandedPath(const std::string& path) {
   return home != nullptr && path.starts_with("~/") ? home + path.substr(1) : path;
 }
 
-bool TakesValue(const CLI::Option& option) { return option.get_items_expected_max() > 0; }
-
-bool MayRepeat(const CLI::Option& option) { return option.get_items_expected_max() > 1; }
-
-std::string NameOf(const CLI::Option& option) {
-  return option.get_lnames().empty() ? "" : "--" + option.get_lnames().front();
-}
-
 // Prints what begins as the word that is typed. What would steer a terminal is left out: nobody can type it.
 class Offers {
  public:
@@ -62,9 +54,7 @@ class Offers {
 class Line {
  public:
   Line(const Command& command, const std::vector<std::string>& words, std::size_t place)
-      : syntax_(command), words_(words), place_(place) {
-    for (const CLI::Option* option : syntax_.app.get_options())
-      if (option->get_positional()) argument_ = option;
+      : syntax_(command), words_(words), place_(place), argument_(syntax_.options.Argument()) {
     Read();
   }
 
@@ -77,7 +67,7 @@ class Line {
 
  private:
   void Read() {
-    const CLI::Option* waiting = nullptr;  // for its value
+    const Option* waiting = nullptr;  // for its value
     bool onlyArguments = false;
     for (std::size_t i = 1; i < words_.size(); ++i) {
       const std::string& word = words_[i];
@@ -95,10 +85,10 @@ class Line {
   }
 
   // Returns the option when its value is the next word.
-  const CLI::Option* TakeOption(std::size_t i) {
+  const Option* TakeOption(std::size_t i) {
     const std::string& word = words_[i];
     const std::size_t sign = word.find('=');
-    const CLI::Option* const option = syntax_.app.get_option_no_throw(word.substr(0, sign));
+    const Option* const option = syntax_.options.Called(word.substr(0, sign));
     if (i == place_ && sign == std::string::npos) isOption_ = true;
     if (option == nullptr || i == place_) {
       if (option != nullptr && sign != std::string::npos) Take(i, option, sign + 1);
@@ -106,35 +96,35 @@ class Line {
     }
     given_.push_back(option);
     if (sign != std::string::npos) Take(i, option, sign + 1);
-    return sign == std::string::npos && TakesValue(*option) ? option : nullptr;
+    return sign == std::string::npos && option->TakesValue() ? option : nullptr;
   }
 
   // The value, from `at` on, of an option or argument.
-  void Take(std::size_t i, const CLI::Option* option, std::size_t at) {
+  void Take(std::size_t i, const Option* option, std::size_t at) {
     if (option == nullptr) return;
     if (i == place_) {
-      const bool isSpare = option == argument_ && !arguments_.empty() && !MayRepeat(*option);
+      const bool isSpare = option == argument_ && !arguments_.empty() && !option->MayRepeat();
       typedOption_ = isSpare ? nullptr : option;
       valueAt_ = at;
       return;
     }
-    const std::string type = option == argument_ ? option->get_name(true) : option->get_type_name();
+    const std::string& type = option == argument_ ? option->names : option->valueName;
     if (option == argument_) arguments_.push_back(words_[i]);
     if (type == "LOG" || type == "FILE") logs_.push_back(ExpandedPath(words_[i].substr(at)));
   }
 
   void OfferOptions(Offers& offers) const {
-    for (const CLI::Option* option : syntax_.app.get_options()) {
-      const bool isGiven = std::find(given_.begin(), given_.end(), option) != given_.end();
-      if (option->get_positional() || (isGiven && !MayRepeat(*option))) continue;
-      offers.Add(NameOf(*option), option->get_description());
+    for (const Option& option : syntax_.options) {
+      const bool isGiven = std::find(given_.begin(), given_.end(), &option) != given_.end();
+      if (option.IsArgument() || (isGiven && !option.MayRepeat())) continue;
+      offers.Add(option.LongName(), option.help);
     }
   }
 
-  void OfferValues(const CLI::Option& option, const std::string& before, const std::string& typed,
+  void OfferValues(const Option& option, const std::string& before, const std::string& typed,
                    Offers& offers) const {
-    const std::string name = NameOf(option);
-    const std::string type = &option == argument_ ? option.get_name(true) : option.get_type_name();
+    const std::string name = option.LongName();
+    const std::string& type = &option == argument_ ? option.names : option.valueName;
     const auto add = [&](const std::string& value) { offers.Add(before + value); };
     for (const auto* known : {&syntax_.declared.choices, &syntax_.declared.hints})
       if (const auto found = known->find(name); found != known->end())
@@ -198,13 +188,13 @@ class Line {
   Syntax syntax_;
   const std::vector<std::string>& words_;
   std::size_t place_;
-  const CLI::Option* argument_ = nullptr;  // what stands for itself: LOG, FILE or TARGET
+  const Option* argument_;  // what stands for itself: LOG, FILE or TARGET
   std::vector<std::string> arguments_;
   std::vector<std::string> logs_;
-  std::vector<const CLI::Option*> given_;
-  bool isOption_ = false;                     // an option's name is typed
-  const CLI::Option* typedOption_ = nullptr;  // what is typed is its value, from
-  std::size_t valueAt_ = 0;                   // on
+  std::vector<const Option*> given_;
+  bool isOption_ = false;                // an option's name is typed
+  const Option* typedOption_ = nullptr;  // what is typed is its value, from
+  std::size_t valueAt_ = 0;              // on
 };
 
 void OfferCommands(bool withOptions, Offers& offers) {

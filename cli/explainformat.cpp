@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "explainwords.h"
+#include "print.h"
 #include "summaryformat.h"
 #include "text.h"
 #include "texttable.h"
@@ -16,11 +17,6 @@ using analysis::Finding;
 using analysis::Link;
 
 constexpr std::size_t mostTimes = 6;
-
-template <class... Args>
-void Print(fmt::memory_buffer& out, fmt::format_string<Args...> format, Args&&... args) {
-  fmt::format_to(fmt::appender(out), format, std::forward<Args>(args)...);
-}
 
 // So many bytes of a word fit into a line of its own; characters stay whole.
 std::size_t LongestWord(std::string_view text, std::size_t indent) {

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "logsummary.h"
+#include "print.h"
 #include "text.h"
 #include "timeformat.h"
 
@@ -20,11 +21,6 @@ constexpr const char* kindPlurals[categoryKindCount] = {"tasks", "testpoints", "
 // By ETLLogType.
 constexpr const char* typeKeys[entryTypeCount] = {"switch0", "switch1", "event",     "switch3",
                                                   "switch4", "switch5", "testpoint", "issue"};
-
-template <class... Args>
-void Print(Buffer& out, fmt::format_string<Args...> format, Args&&... args) {
-  fmt::format_to(fmt::appender(out), format, std::forward<Args>(args)...);
-}
 
 // From start to stop; a damaged file may have them the wrong way round.
 std::string DurationTicks(const tasklog::Log& log) {

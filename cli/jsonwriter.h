@@ -8,6 +8,7 @@
 #include <optional>
 #include <string_view>
 
+#include "print.h"
 #include "text.h"
 
 namespace cli {
@@ -20,7 +21,7 @@ class JsonWriter {
 
   JsonWriter& Key(std::string_view key) {
     Separate();
-    fmt::format_to(fmt::appender(out_), "\"{}\":", key);
+    Print(out_, "\"{}\":", key);
     separator_ = "";
     return *this;
   }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "print.h"
 #include "summaryformat.h"
 #include "text.h"
 #include "texttable.h"
@@ -16,11 +17,6 @@ using analysis::Latency;
 using analysis::Summary;
 
 constexpr std::size_t mostBins = 20;
-
-template <class... Args>
-void Print(fmt::memory_buffer& out, fmt::format_string<Args...> format, Args&&... args) {
-  fmt::format_to(fmt::appender(out), format, std::forward<Args>(args)...);
-}
 
 class LatencyText : public LatencyFormat {
  public:

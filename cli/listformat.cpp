@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "exporters/jsonl.h"
+#include "print.h"
 #include "text.h"
 #include "timeformat.h"
 
@@ -28,8 +29,8 @@ class TextFormat : public EntryFormat {
         running_({&log}, "-", [](const tasklog::Category& c) { return SafeText(c.Name()); }) {}
 
   void Begin(Buffer& out) override {
-    fmt::format_to(fmt::appender(out), "{:>{}}  {:<{}}  {:<{}}  running\n", TimeHeader(), timeWidth_, "type",
-                   typeWidth, "subject", subjectWidth_);
+    Print(out, "{:>{}}  {:<{}}  {:<{}}  running\n", TimeHeader(), timeWidth_, "type", typeWidth, "subject",
+          subjectWidth_);
   }
 
   void Add(Buffer& out, const tasklog::Entry& entry) override {

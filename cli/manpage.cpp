@@ -42,39 +42,39 @@ std::string Item(const std::string& head, const std::string& text) {
 }
 
 // "\fB\-o\fR, \fB\-\-output\fR \fIPATH\fR"
-std::string UsageOf(const CLI::Option& option) {
-  if (option.get_positional()) return "\\fI" + Escaped(option.get_name(true)) + "\\fR";
+std::string UsageOf(const Option& option) {
+  if (option.IsArgument()) return "\\fI" + Escaped(option.names) + "\\fR";
   std::string names;
   const auto add = [&](const std::string& name) {
     names += (names.empty() ? "\\fB" : ", \\fB") + Escaped(name) + "\\fR";
   };
-  for (const std::string& name : option.get_snames()) add("-" + name);
-  for (const std::string& name : option.get_lnames()) add("--" + name);
-  const bool isFlag = option.get_items_expected_max() == 0;
-  return isFlag ? names : names + " \\fI" + Escaped(option.get_type_name()) + "\\fR";
+  if (const std::size_t comma = option.names.find(','); comma != std::string::npos)
+    add(option.names.substr(0, comma));
+  add(option.LongName());
+  return option.TakesValue() ? names + " \\fI" + Escaped(option.valueName) + "\\fR" : names;
 }
 
-std::string Options(const CLI::App& app, const char* heading, bool positional) {
+std::string Options(const OptionList& options, const char* heading, bool arguments) {
   std::string items;
-  for (const CLI::Option* option : app.get_options())
-    if (option->get_positional() == positional) items += Item(UsageOf(*option), option->get_description());
+  for (const Option& option : options)
+    if (option.IsArgument() == arguments) items += Item(UsageOf(option), option.help);
   return items.empty() ? items : fmt::format(".SH {}\n{}", heading, items);
 }
 
 // What is required by its shortest name, all else as OPTIONS.
-std::string Synopsis(const CLI::App& app) {
+std::string Synopsis(const Syntax& syntax) {
   std::string required;
   std::string argument;
-  for (const CLI::Option* option : app.get_options()) {
-    if (!option->get_required()) continue;
-    std::string usage = UsageOf(*option);
+  for (const Option& option : syntax.options) {
+    if (!option.required) continue;
+    std::string usage = UsageOf(option);
     if (const std::size_t other = usage.find(", "); other != std::string::npos)
       usage.erase(other, usage.rfind(' ') - other);
-    const bool several = option->get_positional() && option->get_items_expected_max() > 1;
-    (option->get_positional() ? argument : required) += " " + usage + (several ? "..." : "");
+    const bool several = option.IsArgument() && option.MayRepeat();
+    (option.IsArgument() ? argument : required) += " " + usage + (several ? "..." : "");
   }
-  return fmt::format(".SH SYNOPSIS\n\\fB{}\\fR{}{} [\\fIOPTIONS\\fR]\n", Escaped(app.get_name()), argument,
-                     required);
+  return fmt::format(".SH SYNOPSIS\n\\fBtasklog {}\\fR{}{} [\\fIOPTIONS\\fR]\n", Escaped(syntax.command.name),
+                     argument, required);
 }
 
 // What closes --help: paragraphs, with lines among them that begin with blanks and stay as they are.
@@ -116,8 +116,8 @@ std::string ManPage() {
 
 std::string ManPage(const Command& command) {
   const Syntax syntax(command);
-  return Head(std::string("tasklog-") + command.name, LowerFirst(command.summary)) + Synopsis(syntax.app) +
-         Options(syntax.app, "ARGUMENTS", true) + Options(syntax.app, "OPTIONS", false) +
+  return Head(std::string("tasklog-") + command.name, LowerFirst(command.summary)) + Synopsis(syntax) +
+         Options(syntax.options, "ARGUMENTS", true) + Options(syntax.options, "OPTIONS", false) +
          Footer(command.examples) + ".SH SEE ALSO\ntasklog(1)\n";
 }
 

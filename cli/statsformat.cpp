@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "print.h"
 #include "summaryformat.h"
 #include "text.h"
 #include "texttable.h"
@@ -14,11 +15,6 @@ namespace {
 using analysis::Quantity;
 using analysis::Summary;
 using analysis::TaskIndex;
-
-template <class... Args>
-void Print(fmt::memory_buffer& out, fmt::format_string<Args...> format, Args&&... args) {
-  fmt::format_to(fmt::appender(out), format, std::forward<Args>(args)...);
-}
 
 class StatsText : public StatsFormat {
  public:

@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <string_view>
 
+#include "print.h"
+
 namespace cli {
 
 // Call Finish() at the end: the destructor drops what is still in the block.
@@ -24,7 +26,7 @@ class StdoutWriter {
 
   template <class... Args>
   void Print(fmt::format_string<Args...> format, Args&&... args) {
-    fmt::format_to(fmt::appender(block_), format, std::forward<Args>(args)...);
+    cli::Print(block_, format, std::forward<Args>(args)...);
     EndOfLine();
   }
 

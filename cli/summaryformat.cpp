@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "print.h"
 #include "text.h"
 #include "texttable.h"
 
@@ -82,9 +83,9 @@ void AddSummary(CsvWriter& csv, const Summary& summary) {
 std::uint64_t NearestTick(double ticks) { return static_cast<std::uint64_t>(std::llround(ticks)); }
 
 void AddLaneText(fmt::memory_buffer& out, const AnalysedLane& lane) {
-  fmt::format_to(fmt::appender(out), "{}\n", SafeText(lane.source.shownAs));
+  Print(out, "{}\n", SafeText(lane.source.shownAs));
   if (!lane.lane.Gaps().empty()) {
-    fmt::format_to(fmt::appender(out), "  coverage      {}\n", CoverageText(lane));
+    Print(out, "  coverage      {}\n", CoverageText(lane));
   }
 }
 

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "print.h"
 #include "text.h"
 
 namespace cli {
@@ -94,25 +95,24 @@ std::string FittedText(std::string_view bytes, double pixels, double fontSize) {
 }
 
 void SvgPath::Rect(double x, double y, double width, double height) {
-  fmt::format_to(fmt::appender(commands_), "M{} {}h{}v{}h{}z", Px(x), Px(y), Px(width), Px(height),
-                 Px(-width));
+  Print(commands_, "M{} {}h{}v{}h{}z", Px(x), Px(y), Px(width), Px(height), Px(-width));
 }
 
 void Svg::Close(std::string_view element, std::string_view title) {
   if (title.empty() || !hasTitles_) return Raw("/>\n");
-  fmt::format_to(fmt::appender(body_), "><title>{}</title></{}>\n", XmlText(title), element);
+  Print(body_, "><title>{}</title></{}>\n", XmlText(title), element);
 }
 
 void Svg::Rect(double x, double y, double width, double height, std::string_view attributes,
                std::string_view title) {
-  fmt::format_to(fmt::appender(body_), R"(<rect x="{}" y="{}" width="{}" height="{}" {})", Px(x), Px(y),
-                 Px(width), Px(height), attributes);
+  Print(body_, R"(<rect x="{}" y="{}" width="{}" height="{}" {})", Px(x), Px(y), Px(width), Px(height),
+        attributes);
   Close("rect", title);
 }
 
 void Svg::Path(const SvgPath& path, std::string_view attributes, std::string_view title) {
   if (path.IsEmpty()) return;
-  fmt::format_to(fmt::appender(body_), R"(<path d="{}" {})", path.Commands(), attributes);
+  Print(body_, R"(<path d="{}" {})", path.Commands(), attributes);
   Close("path", title);
 }
 
@@ -121,11 +121,11 @@ void Svg::Text(const Box& box, double baseline, Align align, double fontSize, st
   if (text.empty() || box.width <= 0) return;
   const double x = align == Align::left ? 0 : align == Align::right ? box.width : box.width / 2;
   const char* anchor = align == Align::left ? "start" : align == Align::right ? "end" : "middle";
-  fmt::format_to(fmt::appender(body_),
-                 R"(<svg x="{}" y="{}" width="{}" height="{}"><text x="{}" y="{}" font-size="{}" )"
-                 R"(text-anchor="{}" {}>)",
-                 Px(box.x), Px(box.y), Px(box.width), Px(box.height), Px(x), Px(baseline - box.y),
-                 Px(fontSize), anchor, attributes);
+  Print(body_,
+        R"(<svg x="{}" y="{}" width="{}" height="{}"><text x="{}" y="{}" font-size="{}" )"
+        R"(text-anchor="{}" {}>)",
+        Px(box.x), Px(box.y), Px(box.width), Px(box.height), Px(x), Px(baseline - box.y), Px(fontSize),
+        anchor, attributes);
   Raw(XmlText(text));
   Raw("</text></svg>\n");
 }

@@ -1,15 +1,15 @@
 #include "taskfilter.h"
 
 #include "analysis/pattern.h"
-#include "commandline.h"
 #include "failure.h"
+#include "options.h"
 #include "suggest.h"
 #include "text.h"
 
 namespace cli {
 
-void DeclareTaskPatterns(CLI::App& app, std::vector<std::string>& patterns, const char* help) {
-  app.add_option("--task", patterns, help)->type_name("PATTERN")->allow_extra_args(false);
+void DeclareTaskPatterns(OptionList& list, std::vector<std::string>& patterns, const char* help) {
+  list.Add("--task", &patterns, help, "PATTERN");
 }
 
 using analysis::TaskIndex;

@@ -6,15 +6,12 @@
 
 #include "analysis/lane.h"
 
-// Its header is large.
-namespace CLI {
-class App;
-}
-
 namespace cli {
 
+class OptionList;
+
 void DeclareTaskPatterns(
-    CLI::App& app, std::vector<std::string>& patterns,
+    OptionList& list, std::vector<std::string>& patterns,
     const char* help = "Only tasks whose names match this shell pattern; may be\nrepeated");
 
 // Which tasks are meant, and which patterns have found none so far.

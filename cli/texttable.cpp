@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <numeric>
 
+#include "print.h"
 #include "text.h"
 
 namespace cli {
@@ -64,7 +65,7 @@ void TextTable::Print(fmt::memory_buffer& out, bool colors) const {
     }
     line.resize(line.find_last_not_of(' ') + 1);
     const bool colored = row.marked && colors;
-    fmt::format_to(fmt::appender(out), "{}{}{}\n", colored ? red : "", line, colored ? plain : "");
+    cli::Print(out, "{}{}{}\n", colored ? red : "", line, colored ? plain : "");
   }
 }
 

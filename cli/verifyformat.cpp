@@ -1,6 +1,7 @@
 #include "verifyformat.h"
 
 #include "jsonwriter.h"
+#include "print.h"
 #include "text.h"
 
 namespace cli {
@@ -54,7 +55,7 @@ class VerifyText : public VerifyFormat {
  private:
   template <class... Values>
   void Print(fmt::format_string<Values...> format, Values&&... values) {
-    fmt::format_to(fmt::appender(out_), format, std::forward<Values>(values)...);
+    cli::Print(out_, format, std::forward<Values>(values)...);
   }
 
   void AddFault(const Fault& fault, bool isReadable) {

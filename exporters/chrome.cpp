@@ -5,6 +5,7 @@
 #include "labels.h"
 #include "marks.h"
 #include "outputfile.h"
+#include "print.h"
 #include "text.h"
 #include "timeformat.h"
 
@@ -78,19 +79,18 @@ class LaneEvents : public analysis::Visitor {
       Name("thread_name", TrackOf(task), names_[task]);
       // The highest priority on top.
       Metadata("thread_sort_index", TrackOf(task));
-      fmt::format_to(fmt::appender(file_.Block()), R"("sort_index":{}}}}})",
-                     std::int64_t{INT32_MAX} - source_.lane.Tasks()[task].priority);
+      Print(file_.Block(), R"("sort_index":{}}}}})",
+            std::int64_t{INT32_MAX} - source_.lane.Tasks()[task].priority);
     }
   }
 
   void Metadata(const char* what, Track track) {
-    fmt::format_to(fmt::appender(file_.Block()),
-                   ",\n{{\"name\":\"{}\",\"ph\":\"M\",\"pid\":{},\"tid\":{},\"args\":{{", what, track.process,
-                   track.thread);
+    Print(file_.Block(), ",\n{{\"name\":\"{}\",\"ph\":\"M\",\"pid\":{},\"tid\":{},\"args\":{{", what,
+          track.process, track.thread);
   }
   void Name(const char* what, Track track, const std::string& json) {
     Metadata(what, track);
-    fmt::format_to(fmt::appender(file_.Block()), R"("name":{}}}}})", json);
+    Print(file_.Block(), R"("name":{}}}}})", json);
   }
 
   void AppendMicroseconds(std::uint64_t nanoseconds) {

@@ -2,6 +2,7 @@
 
 #include "entries.h"
 #include "outputfile.h"
+#include "print.h"
 #include "text.h"
 
 namespace exporters {
@@ -70,7 +71,7 @@ void JsonRows::Add(fmt::memory_buffer& out, TLEntry entry) const {
 
 void JsonRows::Add(fmt::memory_buffer& out, std::uint64_t ticks, std::string_view type) const {
   AppendTime(out, ticks);
-  fmt::format_to(fmt::appender(out), R"(,"type":"{}","code":null{}{})", type, noSubject, noRunning);
+  Print(out, R"(,"type":"{}","code":null{}{})", type, noSubject, noRunning);
   Append(out, lane_);
 }
 

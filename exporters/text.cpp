@@ -51,8 +51,7 @@ bool SteersTerminal(std::uint32_t code) {
 }
 
 void AppendHexBytes(std::string& out, std::string_view bytes) {
-  for (const char c : bytes)
-    fmt::format_to(std::back_inserter(out), "\\x{:02X}", static_cast<unsigned char>(c));
+  for (const char c : bytes) out += fmt::format("\\x{:02X}", static_cast<unsigned char>(c));
 }
 
 // Calls `plain` for each run of harmless bytes of one character and `bad` for all others.
@@ -104,9 +103,7 @@ std::string JsonString(std::string_view bytes) {
     if (text == "\"" || text == "\\") out += '\\';
     out += text;
   };
-  const auto bad = [&](std::string_view, std::uint32_t code) {
-    fmt::format_to(std::back_inserter(out), "\\u{:04x}", code);
-  };
+  const auto bad = [&](std::string_view, std::uint32_t code) { out += fmt::format("\\u{:04x}", code); };
   ForEachCharacter(bytes, plain, bad);
   return out + '"';
 }

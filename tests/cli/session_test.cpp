@@ -43,8 +43,15 @@ void WriteFiles(const TempFolder& folder) {
   folder.Write("machine.toml", SteppedScenario("50ms", 64) + SteppedKernel(1) + SteppedKernel(2));
 }
 
-std::string OutputOf(const TempFolder& folder, const std::string& command) {
-  const Result result = Program(folder, {"sh", "-c", "exec 2>&1\n" + command}).Wait();
+// To look for them takes a third of most commands. The simulator's own tests look for its leaks, and wrong
+// arguments and help lead no further.
+bool LooksForLeaks(const fs::path& session) {
+  const std::string name = session.stem();
+  return session.parent_path().parent_path().filename() != "sim" && name != "help" && name != "usage";
+}
+
+std::string OutputOf(const TempFolder& folder, const std::string& setting, const std::string& command) {
+  const Result result = Program(folder, {"sh", "-c", "exec 2>&1\n" + setting + "\n" + command}).Wait();
   return result.out + (result.exitCode == 0 ? "" : "[" + std::to_string(result.exitCode) + "]\n");
 }
 
@@ -65,10 +72,11 @@ TEST_P(Session, IsAsWrittenDown) {
   const TempFolder folder;
   WriteFiles(folder);
   std::ifstream file(GetParam());
+  const std::string setting = LooksForLeaks(GetParam()) ? "" : "export ASAN_OPTIONS=detect_leaks=0";
   std::string line, command, expected;
   const auto check = [&] {
     if (!command.empty()) {
-      EXPECT_EQ(OutputOf(folder, command), expected) << "$ " << command;
+      EXPECT_EQ(OutputOf(folder, setting, command), expected) << "$ " << command;
     }
     command = expected = "";
   };

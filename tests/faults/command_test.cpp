@@ -15,7 +15,7 @@ namespace {
 
 // What stands on the disk does not depend on a sanitizer, which makes starting a program slow. What the
 // command does about calls that fail may.
-#ifdef __SANITIZE_ADDRESS__
+#ifdef TASKLOG_PROGRAM_SANITIZED
 constexpr int stride = 5;
 #else
 constexpr int stride = 1;

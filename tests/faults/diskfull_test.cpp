@@ -83,7 +83,7 @@ bool IsLeftOver(const std::string& name) { return name.find(".tasklog-") != name
 class DiskFull : public testing::TestWithParam<Job> {
  protected:
   void SetUp() override {
-#ifdef __SANITIZE_ADDRESS__
+#ifdef TASKLOG_PROGRAM_SANITIZED
     GTEST_SKIP() << "a sanitizer writes on its own account; the build without does this";
 #endif
     const TempFolder folder;

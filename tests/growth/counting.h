@@ -1,4 +1,4 @@
-// Counts the instructions of one operation under callgrind.
+// Counts the instructions of one operation under callgrind, which begins anew behind each dump.
 #pragma once
 
 #include <valgrind/callgrind.h>
@@ -13,7 +13,6 @@ template <class Operation>
 void Count(const std::string& name, Setting setting, Operation operation) {
   const std::string label = LabelOf(name, setting);
   CALLGRIND_TOGGLE_COLLECT;
-  CALLGRIND_ZERO_STATS;
   operation();
   CALLGRIND_DUMP_STATS_AT(label.c_str());
   CALLGRIND_TOGGLE_COLLECT;

@@ -118,7 +118,7 @@ void WriteFile(const char* path, const Bytes& bytes) {
 }
 
 // Of the many that write a file anew, a part of the entries shows the growth.
-constexpr std::uint32_t exportedPart = 4;
+constexpr std::uint32_t exportedPart = 8;
 
 void CountFile(const FileShape& shape, Setting setting, const char* path) {
   const auto entries = static_cast<std::uint32_t>(setting.entries);

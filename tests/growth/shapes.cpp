@@ -36,7 +36,7 @@ Record Issues(std::uint32_t i, std::size_t taskCount, std::size_t codeCount) {
 
 constexpr RingShape IssueShape(const char* name, Record (*recordAt)(std::uint32_t i, std::size_t count)) {
   RingShape shape{name, recordAt};
-  shape.scale = 16;
+  shape.scale = 8;
   return shape;
 }
 

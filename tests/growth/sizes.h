@@ -13,7 +13,7 @@ struct Setting {
 };
 
 // Of operations that look at all entries: each size is twice the one before.
-inline constexpr std::size_t smallest = 8000;
+inline constexpr std::size_t smallest = 2000;
 inline constexpr Setting linearSettings[] = {{smallest, 8},   {2 * smallest, 8},   {4 * smallest, 8},
                                              {smallest, 512}, {2 * smallest, 512}, {4 * smallest, 512}};
 // Of exports, of which there are many.
