@@ -18,11 +18,12 @@ namespace growth {
 namespace {
 
 // Names are looked up before anything is counted. Copies are counted as some instructions for a block of
-// bytes, not as one for each byte, and blocks of 128 KiB are the system's to grow whatever was freed before,
-// so that where a block lies makes no difference.
+// bytes, not as one for each byte; blocks of 128 KiB are the system's to grow whatever was freed before, and
+// all others come out of one stretch that never ends, so that where a block lies makes no difference.
 constexpr char environment[] =
     "LD_BIND_NOW=1 "
-    "GLIBC_TUNABLES=glibc.cpu.x86_rep_movsb_threshold=1000000000:glibc.malloc.mmap_threshold=131072 ";
+    "GLIBC_TUNABLES=glibc.cpu.x86_rep_movsb_threshold=1000000000:glibc.malloc.mmap_threshold=131072:"
+    "glibc.malloc.top_pad=268435456:glibc.malloc.mxfast=0 ";
 
 // What stands behind a word at the start of a line; empty when there is no such line.
 std::string Behind(std::string_view word, const std::filesystem::path& path) {
