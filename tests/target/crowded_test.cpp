@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "support/logs.h"
+#include "target/damagedrings.h"
 
 namespace {
 
@@ -79,37 +80,12 @@ TEST(CrowdedTime, IsOneOfSeveralTimes) {
   }
 }
 
-// The rings of laps_test.cpp whose times rise and fall, with each record as a crowd of its own.
+// With each record as a crowd of its own.
 TEST(CrowdedTime, LiesAnywhereInADamagedRing) {
   const struct {
     std::size_t entries;
     Records cells;
-  } rings[] = {
-      {7,
-       {marker,
-        {2, 0x0001, 1},
-        {2, 0x0020, 3},
-        {2, 0x0020, 1},
-        {2, 0x20010, 1},
-        {2, 0x0005, 1},
-        {2, 0x0020, 2},
-        {2, 0x0020, 1},
-        {2, 0x70010, 2},
-        {2, 0x70010, 1}}},
-      {8,
-       {{2, 0x10, 1},
-        {2, 0x20, 1},
-        {2, 0x20, 2},
-        {2, 0x30, 1},
-        {2, 0x60040, 1},
-        {2, 0x60040, 2},
-        marker,
-        {2, 0x70040, 3},
-        {2, 0x70040, 1},
-        {2, 0x0020, 3},
-        {2, 0x10020, 2},
-        {2, 0x10010, 1}}},
-  };
+  } rings[] = {{7, RisesInPreviousLap()}, {8, RisesIntoCurrentLap()}};
   for (const auto& [entries, cells] : rings) {
     for (const std::size_t crowd : crowds) {
       SCOPED_TRACE(crowd);
@@ -119,7 +95,7 @@ TEST(CrowdedTime, LiesAnywhereInADamagedRing) {
           records.push_back({cell.type, cell.tick, cell.id + 10 * i});
       const LogPtr log = NewLog();
       for (int reading = 1; reading <= 2; ++reading) {
-        EXPECT_EQ(AppendRing(log.get(), RingWords(0x80000, records)), 0u);
+        EXPECT_EQ(AppendRing(log.get(), RingWords(damagedReferenceTime, records)), 0u);
         EXPECT_EQ(CountIn(DumpEntries(log.get())), entries * (crowd + 1));
       }
     }
